@@ -1,0 +1,23 @@
+# GoogleTest: the system package natively, its sources when cross-building.
+if(CMAKE_CROSSCOMPILING)
+  set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
+  set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+  add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+  set(ZVF_GTEST gtest_main gtest)
+else()
+  find_package(GTest REQUIRED)
+  set(ZVF_GTEST GTest::gtest_main GTest::gtest)
+endif()
+
+# Kernels, codecs and the filter object base, linked directly.
+file(GLOB ZVF_UNIT_TESTS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/unit/*.cpp)
+add_executable(unit_tests ${ZVF_UNIT_TESTS})
+target_link_libraries(unit_tests PRIVATE zvf_filters ${ZVF_GTEST})
+add_test(NAME unit_tests COMMAND unit_tests)
+
+# The whole module, loaded as a dynamic library through the host kit.
+file(GLOB ZVF_MODULE_TESTS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/module/*.cpp)
+add_executable(module_tests ${ZVF_MODULE_TESTS})
+target_include_directories(module_tests PRIVATE ${PROJECT_SOURCE_DIR}/filters)
+target_link_libraries(module_tests PRIVATE zvf_host ${ZVF_GTEST})
+add_test(NAME module_tests COMMAND module_tests)

@@ -1,0 +1,49 @@
+// Module entry and exit: the exported Startup and Shutdown, and the two
+// module-wide pointers they manage.
+#include "registration.h"
+#include "zvf/filter_base.h"
+#include "zvf/guids.h"
+#include "zvf/module_services.h"
+
+#include "module_state.h"
+
+#if defined(_WIN32)
+#define ZVF_EXPORT  // names come from ZelVideoFilters.def
+#else
+#define ZVF_EXPORT __attribute__((visibility("default")))
+#endif
+
+extern "C" {
+
+ZVF_EXPORT int32_t Startup(zvf::IHost* host) {
+    using namespace zvf;
+    ISharedHostObject*& g_shared = SharedHostSlot();
+    SetModuleHost(host);
+    if (host == nullptr) return 0;
+    if (g_shared != nullptr) {  // a second Startup replaces, never leaks, the shared object
+        g_shared->Release();
+        g_shared = nullptr;
+    }
+    (void)host->CreateObject(0, 0, &iid::ISharedHostObject, reinterpret_cast<void**>(&g_shared));
+    IFilterRegistry* registry = nullptr;
+    if (host->QueryInterface(&iid::IFilterRegistry, reinterpret_cast<void**>(&registry)) < 0 || registry == nullptr)
+        return 0;
+    RegisterAll(registry, host);
+    registry->Release();
+    return 1;
+}
+
+ZVF_EXPORT int32_t Shutdown() {
+    using namespace zvf;
+    ISharedHostObject*& g_shared = SharedHostSlot();
+    if (g_shared != nullptr) {
+        g_shared->Release();
+        g_shared = nullptr;
+    }
+    return 1;
+}
+
+// Diagnostics for hosts and tests: filter objects alive in the module.
+ZVF_EXPORT int32_t ZelLiveObjectCount() { return zvf::LiveFilterObjects(); }
+
+}
