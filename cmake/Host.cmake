@@ -6,6 +6,10 @@ endif()
 add_library(ZelCore SHARED ${ZELCORE_SOURCES})
 target_include_directories(ZelCore PRIVATE ${PROJECT_SOURCE_DIR}/interfaces/include ${PROJECT_SOURCE_DIR}/host)
 set_target_properties(ZelCore PROPERTIES PREFIX "" OUTPUT_NAME ZelCore SUFFIX ".DLL")
+if(WIN32)
+  # The exports are __stdcall on 32-bit Windows; the .def names them undecorated.
+  target_link_options(ZelCore PRIVATE -Wl,--enable-stdcall-fixup)
+endif()
 
 file(GLOB ZVF_HOST_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/host/kit/*.cpp)
 add_library(zvf_host STATIC ${ZVF_HOST_SOURCES})

@@ -165,6 +165,8 @@ Status FilterBase::SaveParameters(IParameterBlob** out) {
     return status::ok;
 }
 
+IHost* FilterBase::HostPointer() const { return host_ != nullptr ? host_ : ModuleHost(); }
+
 std::unique_ptr<SetupDialog> FilterBase::MakeDialog() { return std::unique_ptr<SetupDialog>(new (std::nothrow) PlainDialog()); }
 
 Status FilterBase::OpenSetup(void* parentWindow) {
@@ -176,7 +178,7 @@ Status FilterBase::OpenSetup(void* parentWindow) {
         dialog.reset();
     }
     if (!dialog) return status::out_of_memory;
-    if (!dialog->Initialize(host_ != nullptr ? host_ : ModuleHost(), context_)) return status::no_interface;
+    if (!dialog->Initialize(HostPointer(), context_)) return status::no_interface;
     if (!dialog->Create(parentWindow)) return status::no_interface;
     dialog_ = std::move(dialog);
     return status::ok;

@@ -108,6 +108,19 @@ protected:
     // The setup dialog model; null when it cannot be allocated.
     virtual std::unique_ptr<SetupDialog> MakeDialog();
 
+    // The host this object was made with, or the module's host pointer for
+    // filters whose factory takes none.
+    IHost* HostPointer() const;
+    // A host service by interface identifier (one reference, to be
+    // released), or null when the host does not offer it.
+    template <class I>
+    I* QueryHostService(const Guid& iid) const {
+        IHost* h = HostPointer();
+        void* out = nullptr;
+        if (h == nullptr || h->QueryInterface(&iid, &out) < 0) return nullptr;
+        return static_cast<I*>(out);
+    }
+
     IHost* host_ = nullptr;  // set by factories that take the host pointer
     uint32_t context_ = 0;
 
