@@ -1,0 +1,22 @@
+#include "record_catalog.h"
+
+#include "spatial/block_color/block_color_record.h"
+
+namespace zvf::filters {
+namespace {
+
+constexpr CatalogEntry kCatalog[] = {
+    {u"Velmora Co., Ltd. SolidColor Video Filter", &kBlockColorRecord},
+};
+
+}  // namespace
+
+std::span<const CatalogEntry> RecordCatalog() { return kCatalog; }
+
+const RecordDesc* FindRecord(std::u16string_view identifier) {
+    for (const CatalogEntry& e : kCatalog)
+        if (e.identifier == identifier) return e.record;
+    return nullptr;
+}
+
+}  // namespace zvf::filters
