@@ -12,7 +12,7 @@ endif()
 # Kernels, codecs and the filter object base, linked directly.
 file(GLOB ZVF_UNIT_TESTS CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/unit/*.cpp)
 add_executable(unit_tests ${ZVF_UNIT_TESTS})
-target_link_libraries(unit_tests PRIVATE zvf_filters ${ZVF_GTEST})
+target_link_libraries(unit_tests PRIVATE zvf_filters zvf_host ${ZVF_GTEST})
 add_test(NAME unit_tests COMMAND unit_tests)
 
 # The whole module, loaded as a dynamic library through the host kit.
