@@ -21,3 +21,11 @@ add_executable(module_tests ${ZVF_MODULE_TESTS})
 target_include_directories(module_tests PRIVATE ${PROJECT_SOURCE_DIR}/filters)
 target_link_libraries(module_tests PRIVATE zvf_host ${ZVF_GTEST})
 add_test(NAME module_tests COMMAND module_tests)
+
+# The core library search, in a process of its own with no library path.
+if(NOT WIN32)
+  add_executable(core_search_tests ${PROJECT_SOURCE_DIR}/tests/isolated/core_library_search_test.cpp)
+  target_link_libraries(core_search_tests PRIVATE zvf_host ${ZVF_GTEST})
+  add_test(NAME core_search_tests COMMAND core_search_tests)
+  set_tests_properties(core_search_tests PROPERTIES ENVIRONMENT "LD_LIBRARY_PATH=")
+endif()
