@@ -5,6 +5,7 @@
 #include "zvf/guids.h"
 #include "zvf/module_services.h"
 
+#include "language_loader.h"
 #include "module_state.h"
 
 #if defined(_WIN32)
@@ -20,6 +21,8 @@ ZVF_EXPORT int32_t Startup(zvf::IHost* host) {
     ISharedHostObject*& g_shared = SharedHostSlot();
     SetModuleHost(host);
     if (host == nullptr) return 0;
+    // Strings are first needed by the registration below: pick the language now.
+    (void)ModuleLanguageLoader().Load();
     if (g_shared != nullptr) {  // a second Startup replaces, never leaks, the shared object
         g_shared->Release();
         g_shared = nullptr;
@@ -45,5 +48,12 @@ ZVF_EXPORT int32_t Shutdown() {
 
 // Diagnostics for hosts and tests: filter objects alive in the module.
 ZVF_EXPORT int32_t ZelLiveObjectCount() { return zvf::LiveFilterObjects(); }
+
+// Diagnostics: the code of the installed language module, or null when the
+// built-in tables are in use.
+ZVF_EXPORT const char16_t* ZelResourceLanguage() {
+    const zvf::LanguageLoader& loader = zvf::ModuleLanguageLoader();
+    return loader.ResourceModule() != nullptr ? loader.Code().c_str() : nullptr;
+}
 
 }

@@ -13,8 +13,8 @@ namespace {
 
 struct Entry {
     uint32_t id;
-    const char16_t* en;
-    const char16_t* ja;
+    const char* en;  // UTF-8
+    const char* ja;
 };
 
 constexpr Entry kTable[] = {
@@ -27,7 +27,7 @@ constexpr Entry kTable[] = {
 
 std::optional<std::u16string> BuiltInString(uint32_t id, bool japanese) {
     for (const Entry& e : kTable)
-        if (e.id == id) return std::u16string(japanese ? e.ja : e.en);
+        if (e.id == id) return platform::FromUtf8(japanese ? e.ja : e.en);
     return std::nullopt;
 }
 
