@@ -146,6 +146,11 @@ int32_t LoadedModule::Shutdown() { return shutdown_ ? shutdown_() : 0; }
 
 int32_t LoadedModule::LiveObjects() const { return liveObjects_ ? liveObjects_() : 0; }
 
+std::string LoadedModule::ResourceLanguage() const {
+    auto language = reinterpret_cast<const char16_t* (*)()>(LibrarySymbol(library_, "ZelResourceLanguage"));
+    return language ? Utf8(language()) : std::string();
+}
+
 void LoadedModule::FailBlobAllocations(int32_t count) {
     if (core_ == nullptr) return;
     if (auto fail = reinterpret_cast<void (*)(int32_t)>(LibrarySymbol(core_, "ZelCoreFailAllocations"))) fail(count);

@@ -82,6 +82,8 @@ public:
 
     // Filter objects alive in the module (its diagnostic export).
     int32_t LiveObjects() const;
+    // Code of the language module the module installed ("" for its built-in tables).
+    std::string ResourceLanguage() const;
     // The next `count` blobs of the core library fail their allocation.
     void FailBlobAllocations(int32_t count);
     int32_t PendingBlobFailures() const;
