@@ -22,7 +22,11 @@ ZVF_EXPORT int32_t Startup(zvf::IHost* host) {
     SetModuleHost(host);
     if (host == nullptr) return 0;
     // Strings are first needed by the registration below: pick the language now.
-    (void)ModuleLanguageLoader().Load();
+    try {
+        (void)ModuleLanguageLoader().Load();
+    } catch (...) {
+        // Out of memory while choosing: the built-in tables serve.
+    }
     if (g_shared != nullptr) {  // a second Startup replaces, never leaks, the shared object
         g_shared->Release();
         g_shared = nullptr;

@@ -100,9 +100,13 @@ const char16_t* FilterBase::Text(int index) {
     std::lock_guard<std::mutex> lock(class_.mutex);
     std::unique_ptr<std::u16string>& cache = class_.lazy[index];
     if (!cache) {
-        std::optional<std::u16string> s = LoadModuleString(ids[index]);
-        if (!s) return nullptr;  // a failed load gives no string; the next call tries again
-        cache = std::make_unique<std::u16string>(std::move(*s));
+        try {
+            std::optional<std::u16string> s = LoadModuleString(ids[index]);
+            if (!s) return nullptr;  // a failed load gives no string; the next call tries again
+            cache = std::make_unique<std::u16string>(std::move(*s));
+        } catch (...) {
+            return nullptr;
+        }
     }
     return cache->c_str();
 }

@@ -156,14 +156,24 @@ public:
 
 protected:
     explicit Filter(IHost* host) : FilterBase(Derived::kIdentity, Class(), host) {}
-    FilterBase* NewObject() override { return new (std::nothrow) Derived(host_); }
+    FilterBase* NewObject() override { return Construct(host_); }
+
+public:
+    // A new object, or null when memory runs out: nothing throws across the
+    // interface, constructors included.
+    static Derived* Construct(IHost* host) noexcept {
+        try {
+            return new Derived(host);
+        } catch (...) {
+            return nullptr;
+        }
+    }
 };
 
-// Factory helper: a new class object with reference count 1.
+// Factory helper: a new class object with reference count 1, or null.
 template <class Derived>
 IVideoFilter* MakeClassObject(IHost* host) {
-    FilterBase* f = new (std::nothrow) Derived(host);
-    return f;
+    return Derived::Construct(host);
 }
 
 }  // namespace zvf
