@@ -118,6 +118,7 @@ Status FilterBase::CreateInstance(IParameterBlob* source, uint32_t context, IFil
     if (obj == nullptr) return status::out_of_memory;
     obj->context_ = context;
     obj->isInstance_ = true;
+    obj->simd_ = obj->ProcessorLevel();
     if (source != nullptr) obj->LoadFrom(source);
     const Status s = obj->QueryInterface(&iid::IFilterInstance, reinterpret_cast<void**>(out));
     obj->Release();
@@ -170,6 +171,15 @@ Status FilterBase::SaveParameters(IParameterBlob** out) {
 }
 
 IHost* FilterBase::HostPointer() const { return host_ != nullptr ? host_ : ModuleHost(); }
+
+SimdLevel FilterBase::ProcessorLevel() const {
+    uint32_t features = 0;
+    if (IProcessorFeatures* service = QueryHostService<IProcessorFeatures>(iid::IProcessorFeatures)) {
+        features = service->GetFeatures();
+        service->Release();
+    }
+    return ChooseSimdLevel(features);
+}
 
 std::unique_ptr<SetupDialog> FilterBase::MakeDialog() { return std::unique_ptr<SetupDialog>(new (std::nothrow) PlainDialog()); }
 

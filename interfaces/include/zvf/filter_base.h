@@ -15,6 +15,7 @@
 #include "zvf/blob.h"
 #include "zvf/record.h"
 #include "zvf/setup_dialog.h"
+#include "zvf/simd_level.h"
 #include "core_loader.h"  // module/
 
 namespace zvf {
@@ -121,6 +122,12 @@ protected:
         return static_cast<I*>(out);
     }
 
+    // Kernel level for this instance, fixed when it was created: what the
+    // host's processor-features service reports (scalar without one),
+    // capped by ZVF_SIMD.
+    SimdLevel Simd() const { return simd_; }
+    SimdLevel ProcessorLevel() const;
+
     IHost* host_ = nullptr;  // set by factories that take the host pointer
     uint32_t context_ = 0;
 
@@ -132,6 +139,7 @@ private:
     ClassState& class_;
     std::atomic<uint32_t> refs_{1};
     bool isInstance_ = false;
+    SimdLevel simd_ = SimdLevel::scalar;
 
     // Setup dialog state; the saved position survives close and reopen.
     int32_t savedX_ = 0;

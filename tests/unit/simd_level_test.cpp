@@ -1,0 +1,61 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "zvf/abi.h"
+#include "zvf/simd_level.h"
+
+namespace zvf {
+namespace {
+
+void SetCap(const char* value) {
+#ifdef _WIN32
+    _putenv_s("ZVF_SIMD", value ? value : "");
+#else
+    if (value)
+        setenv("ZVF_SIMD", value, 1);
+    else
+        unsetenv("ZVF_SIMD");
+#endif
+}
+
+class SimdLevelTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        const char* old = std::getenv("ZVF_SIMD");
+        saved_ = old ? old : "";
+        hadValue_ = old != nullptr;
+    }
+    void TearDown() override {
+        SetCap(hadValue_ ? saved_.c_str() : nullptr);
+    }
+    std::string saved_;
+    bool hadValue_ = false;
+};
+
+TEST_F(SimdLevelTest, FeaturesAndCapTakeTheLowerLevel) {
+#if defined(__x86_64__) || defined(__i386__)
+    const uint32_t all = cpu::mmx | cpu::sse | cpu::sse2 | cpu::ssse3 | cpu::sse41 | cpu::avx2;
+    struct Case {
+        const char* cap;  // null: unset
+        uint32_t features;
+        SimdLevel expected;
+    } cases[] = {
+        {nullptr, all, SimdLevel::avx2},          {nullptr, cpu::sse2, SimdLevel::sse2},
+        {nullptr, cpu::avx2, SimdLevel::scalar},  // AVX2 without SSE2 is not a real processor
+        {nullptr, 0, SimdLevel::scalar},          {"sse2", all, SimdLevel::sse2},
+        {"scalar", all, SimdLevel::scalar},       {"avx2", cpu::sse2, SimdLevel::sse2},
+        {"bogus", all, SimdLevel::avx2},          {"scalar", 0, SimdLevel::scalar},
+    };
+    for (const Case& c : cases) {
+        SetCap(c.cap);
+        EXPECT_EQ(ChooseSimdLevel(c.features), c.expected) << (c.cap ? c.cap : "(unset)") << " " << c.features;
+    }
+#else
+    EXPECT_EQ(ChooseSimdLevel(~0u), SimdLevel::scalar);
+#endif
+}
+
+}  // namespace
+}  // namespace zvf
