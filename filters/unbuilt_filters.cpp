@@ -36,7 +36,6 @@ ZVF_UNBUILT_PLAIN(CreateRegion, FamilyA(u"Velmora Co., Ltd. Rect Video Filter", 
 ZVF_UNBUILT_PLAIN(CreateChrominance, FamilyA(u"Velmora Co., Ltd. Chrominance Video Filter", 10016, kCategoryTop))
 ZVF_UNBUILT_PLAIN(CreateBlendFilters, FamilyA(u"Velmora Co., Ltd. Blend Video Filter", 10025, kCategoryTop))
 ZVF_UNBUILT_PLAIN(CreateCombineFilters, FamilyA(u"Velmora Co., Ltd. Combine Video Filter", 10028, kCategoryTop))
-ZVF_UNBUILT_PLAIN(CreateStrobeFreeze, FamilyA(u"Velmora Co., Ltd. Strobe Video Filter", 10010, kCategoryTop, caps::kTemporal))
 ZVF_UNBUILT_PLAIN(CreateLoopSlide, FamilyA(u"Velmora Co., Ltd. LoopSlide Video Filter", 10031, kCategoryTop))
 ZVF_UNBUILT_PLAIN(CreateTunnelVision, FamilyA(u"Velmora Co., Ltd. Tunnel Video Filter", 10034, kCategoryTop, caps::kPlain))
 ZVF_UNBUILT_HOST(CreateMirror, FamilyB(u"Velmora Co., Ltd. Mirror Video Filter", 10278))
