@@ -155,6 +155,19 @@ TEST(AntiFlicker, BothFieldsAtOnceGiveTheFramesOfOneAfterTheOther) {
     }
 }
 
+TEST(AntiFlicker, ScalarHostGivesTheSameFrames) {
+    // A host reporting no processor features gets the scalar rows.
+    auto fast = LoadModule();
+    ASSERT_TRUE(fast);
+    const auto reference = RenderReusedBuffer(*fast, false, 73);
+    fast.reset();
+    host::HostOptions options;
+    options.processorFeatures = 0;
+    auto scalar = LoadModule(options);
+    ASSERT_TRUE(scalar);
+    EXPECT_EQ(RenderReusedBuffer(*scalar, false, 73), reference);
+}
+
 TEST(AntiFlicker, FieldsOfSeparateFramesBlendWithThePreviousFrameWhenRunInTurn) {
     auto m = LoadModule();
     ASSERT_TRUE(m);

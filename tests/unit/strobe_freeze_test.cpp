@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstddef>
+#include <cstring>
 #include <vector>
 
 #include "kit/frame.h"
@@ -275,23 +277,6 @@ TEST(StrobeEngine, PassesThroughWhileTheHostGivesNoFrame) {
     EXPECT_TRUE(engine.HoldsFrame());
     EXPECT_EQ(dst.Pixels()[12], 235);
     EXPECT_EQ(dst.Pixels()[13], 128);
-}
-
-TEST(StrobeEngine, HeldFrameLivesUntilPrepareOrTheEnd) {
-    const int32_t before = host::Frame::LiveCompatibleFrames();
-    {
-        StrobeEngine engine;
-        host::Frame src(4, 2), dst(4, 2);
-        const Rect all{0, 0, 4, 2};
-        ASSERT_EQ(engine.Render(nullptr, &dst, &src, &all, 0, 0, false, StrobeRecord{}), status::ok);
-        ASSERT_EQ(engine.Render(nullptr, &dst, &src, &all, 0, 1, false, StrobeRecord{}), status::ok);
-        EXPECT_EQ(host::Frame::LiveCompatibleFrames(), before + 1);
-        engine.Prepare(nullptr);
-        EXPECT_EQ(host::Frame::LiveCompatibleFrames(), before);
-        ASSERT_EQ(engine.Render(nullptr, &dst, &src, &all, 0, 0, false, StrobeRecord{}), status::ok);
-        EXPECT_EQ(host::Frame::LiveCompatibleFrames(), before + 1);
-    }
-    EXPECT_EQ(host::Frame::LiveCompatibleFrames(), before);
 }
 
 TEST(StrobeEngine, EachFieldCapturesItsOwnRowsAfterPrepare) {

@@ -33,7 +33,7 @@ void AntiFlickerEngine::Forget() {
 }
 
 Status AntiFlickerEngine::Render(IHost* host, IVideoFrame* dst, IVideoFrame* src, const Rect* rect, int32_t field,
-                                 uint32_t power) {
+                                 uint32_t power, SimdLevel level) {
     FieldView v;
     const Status opened = OpenField(dst, src, rect, field, &v);
     if (opened != status::ok) return opened;
@@ -60,7 +60,7 @@ Status AntiFlickerEngine::Render(IHost* host, IVideoFrame* dst, IVideoFrame* src
     }
     const bool usable = other.base != nullptr && other.width == v.width && other.height == v.height;
     const uint8_t* neighbours = (usable ? other.base : v.srcFrame) + (v.src - v.srcFrame);
-    BlendField(v.src, neighbours, v.dst, v.pitch, v.rows, v.pairs, AntiFlickerWeight(power));
+    BlendField(v.src, neighbours, v.dst, v.pitch, v.rows, v.pairs, AntiFlickerWeight(power), BlendRowsFor(level));
 
     if (sync != nullptr) {
         sync->Synchronize(f);

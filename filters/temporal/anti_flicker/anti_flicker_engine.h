@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "zvf/abi.h"
+#include "zvf/simd_level.h"
 
 namespace zvf::filters {
 
@@ -28,7 +29,9 @@ public:
     // the other parity; while there is none of this frame size they come from
     // this call's own source. Remembered frames are not owned: the host keeps
     // them alive until the other field's call of the same frame has run.
-    Status Render(IHost* host, IVideoFrame* dst, IVideoFrame* src, const Rect* rect, int32_t field, uint32_t power);
+    // `level` picks the row kernels; every level gives the same bytes.
+    Status Render(IHost* host, IVideoFrame* dst, IVideoFrame* src, const Rect* rect, int32_t field, uint32_t power,
+                  SimdLevel level = SimdLevel::scalar);
 
 private:
     struct Remembered {

@@ -28,7 +28,7 @@ public:
 
     Status ZVF_CALL Render(IVideoFrame* dst, IVideoFrame* src, const Rect* rect, uint32_t, uint32_t, int32_t field,
                            uint32_t) override {
-        return engine_.Render(HostPointer(), dst, src, rect, field, Snapshot(record_).power);
+        return engine_.Render(HostPointer(), dst, src, rect, field, Snapshot(record_).power, Simd());
     }
 
 protected:

@@ -23,13 +23,17 @@ void MiddleRow(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o,
 
 }  // namespace
 
+BlendRows ScalarBlendRows() { return {EdgeRow, MiddleRow}; }
+
+BlendRows BlendRowsFor(SimdLevel level) { return level >= SimdLevel::sse2 ? Sse2BlendRows() : ScalarBlendRows(); }
+
 int32_t AntiFlickerWeight(uint32_t power) {
     const uint32_t p = power > 200 ? 200 : power;
     return static_cast<int32_t>(p * 4096) / 100;
 }
 
 void BlendField(const uint8_t* cur, const uint8_t* nb, uint8_t* dst, ptrdiff_t pitch, int32_t rows, int32_t pairs,
-                int32_t w) {
+                int32_t w, const BlendRows& kernels) {
     const size_t bytes = size_t{4} * static_cast<size_t>(pairs);
     const ptrdiff_t step = 2 * pitch;
     if (rows <= 0) return;
@@ -37,14 +41,14 @@ void BlendField(const uint8_t* cur, const uint8_t* nb, uint8_t* dst, ptrdiff_t p
         for (int32_t k = 0; k < rows; ++k) std::memmove(dst + k * step, cur + k * step, bytes);
         return;
     }
-    EdgeRow(cur, nb + pitch, dst, bytes, w);
+    kernels.edge(cur, nb + pitch, dst, bytes, w);
     for (int32_t k = 1; k < rows - 1; ++k) {
         const uint8_t* n = nb + k * step;
-        MiddleRow(n - pitch, cur + k * step, n + pitch, dst + k * step, bytes, w);
+        kernels.middle(n - pitch, cur + k * step, n + pitch, dst + k * step, bytes, w);
     }
     if (rows >= 3) {
         const ptrdiff_t at = (rows - 1) * step;
-        EdgeRow(cur + at, nb + at - pitch, dst + at, bytes, w);
+        kernels.edge(cur + at, nb + at - pitch, dst + at, bytes, w);
     }
 }
 

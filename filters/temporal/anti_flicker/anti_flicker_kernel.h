@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "zvf/simd_level.h"
+
 namespace zvf::filters {
 
 // w = power * 4096 / 100, truncated; power 100 gives 4096. Powers above 200
@@ -23,7 +25,20 @@ int32_t AntiFlickerWeight(uint32_t power);
 //   last row:   (cur * (8192 - w) + above * w) >> 13, only from three rows on;
 //   with two rows the second destination row is left as it was.
 // Results are saturated to 0..255; there is no rounding term.
+// The row kernels BlendField runs; every version is bit-exact with the
+// scalar one on every input, for weights 0..8192.
+struct BlendRows {
+    // o = (c * (8192 - w) + n * w) >> 13
+    void (*edge)(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w);
+    // o = ((a + b) * w + c * (16384 - 2w)) >> 14
+    void (*middle)(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w);
+};
+BlendRows ScalarBlendRows();
+BlendRows Sse2BlendRows();  // anti_flicker_kernel_sse2.cpp
+// The fastest rows the level allows.
+BlendRows BlendRowsFor(SimdLevel level);
+
 void BlendField(const uint8_t* cur, const uint8_t* nb, uint8_t* dst, ptrdiff_t pitch, int32_t rows, int32_t pairs,
-                int32_t w);
+                int32_t w, const BlendRows& kernels = ScalarBlendRows());
 
 }  // namespace zvf::filters
