@@ -14,17 +14,6 @@ namespace zvf::filters {
 // negative and act as 200, where a row becomes the mean of its neighbours.
 int32_t AntiFlickerWeight(uint32_t power);
 
-// `cur` is the first pair of the region's first field row in the frame this
-// field comes from, `nb` the same place in the frame the other field was last
-// seen in; its rows one `pitch` above and below are the other field's lines.
-// Field rows are 2 * pitch apart; `dst` is the destination at the same place.
-// Only `pairs * 4` bytes of each row are written.
-//   w = 0 or one row: the rows are copied.
-//   first row:  (cur * (8192 - w) + below * w) >> 13
-//   middle:     ((above + below) * w + cur * (16384 - 2w)) >> 14
-//   last row:   (cur * (8192 - w) + above * w) >> 13, only from three rows on;
-//   with two rows the second destination row is left as it was.
-// Results are saturated to 0..255; there is no rounding term.
 // The row kernels BlendField runs; every version is bit-exact with the
 // scalar one on every input, for weights 0..8192.
 struct BlendRows {
@@ -38,6 +27,17 @@ BlendRows Sse2BlendRows();  // anti_flicker_kernel_sse2.cpp
 // The fastest rows the level allows.
 BlendRows BlendRowsFor(SimdLevel level);
 
+// `cur` is the first pair of the region's first field row in the frame this
+// field comes from, `nb` the same place in the frame the other field was last
+// seen in; its rows one `pitch` above and below are the other field's lines.
+// Field rows are 2 * pitch apart; `dst` is the destination at the same place.
+// Only `pairs * 4` bytes of each row are written.
+//   w = 0 or one row: the rows are copied.
+//   first row:  (cur * (8192 - w) + below * w) >> 13
+//   middle:     ((above + below) * w + cur * (16384 - 2w)) >> 14
+//   last row:   (cur * (8192 - w) + above * w) >> 13, only from three rows on;
+//   with two rows the second destination row is left as it was.
+// Results are saturated to 0..255; there is no rounding term.
 void BlendField(const uint8_t* cur, const uint8_t* nb, uint8_t* dst, ptrdiff_t pitch, int32_t rows, int32_t pairs,
                 int32_t w, const BlendRows& kernels = ScalarBlendRows());
 

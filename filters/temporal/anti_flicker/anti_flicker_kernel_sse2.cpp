@@ -2,9 +2,10 @@
 // of 16-bit terms multiplied and summed with pmaddwd, as the scalar rows do
 // in 32 bits. Bit-exact with the scalar rows for weights 0..8192: all terms
 // are non-negative and every sum fits a signed 32-bit lane.
-#include <emmintrin.h>
-
 #include "anti_flicker_kernel.h"
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
 
 namespace zvf::filters {
 namespace {
@@ -62,3 +63,9 @@ void MiddleRowSse2(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t
 BlendRows Sse2BlendRows() { return {EdgeRowSse2, MiddleRowSse2}; }
 
 }  // namespace zvf::filters
+#else
+// A target without SSE2 runs the scalar rows at every level.
+namespace zvf::filters {
+BlendRows Sse2BlendRows() { return ScalarBlendRows(); }
+}  // namespace zvf::filters
+#endif
