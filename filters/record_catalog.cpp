@@ -1,12 +1,16 @@
 #include "record_catalog.h"
 
 #include "spatial/block_color/block_color_record.h"
+#include "temporal/anti_flicker/anti_flicker_record.h"
+#include "temporal/strobe_freeze/strobe_record.h"
 
 namespace zvf::filters {
 namespace {
 
 constexpr CatalogEntry kCatalog[] = {
     {u"Velmora Co., Ltd. SolidColor Video Filter", &kBlockColorRecord},
+    {u"Velmora Co., Ltd. Strobe Video Filter", &kStrobeRecord},
+    {u"Velmora Co., Ltd. AntiFlicker Video Filter", &kAntiFlickerRecord},
 };
 
 }  // namespace
