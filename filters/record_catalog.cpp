@@ -1,6 +1,7 @@
 #include "record_catalog.h"
 
 #include "spatial/block_color/block_color_record.h"
+#include "temporal/matrix/matrix_record.h"
 #include "temporal/video_noise/video_noise_record.h"
 
 namespace zvf::filters {
@@ -9,6 +10,7 @@ namespace {
 constexpr CatalogEntry kCatalog[] = {
     {u"Velmora Co., Ltd. SolidColor Video Filter", &kBlockColorRecord},
     {u"Velmora Co., Ltd. Noise Video Filter", &kVideoNoiseRecord},
+    {u"Velmora Co., Ltd. Matrix Video Filter", &kMatrixRecord},
 };
 
 }  // namespace
