@@ -198,5 +198,28 @@ TEST(VideoNoiseFilter, TheOtherFieldAndBadRectanglesStayUntouched) {
     }
 }
 
+TEST(VideoNoiseFilter, PairCountsAreSixteenBit) {
+    auto m = LoadModule();
+    ASSERT_TRUE(m);
+    // Ratio 0 copies, so written pairs show as 128 on a destination of 0.
+    const std::vector<uint8_t> blob = NoiseBlob(0, 0);
+    auto inst = m->Create(*m->Find("Video Noise"), &blob);
+    struct Case {
+        int32_t width;
+        Status status;
+        int32_t pairsWritten;
+    };
+    // 65536 pairs wrap to none; 65537 to one.
+    const Case cases[] = {{131072, status::fail, 0}, {131074, status::ok, 1}, {131070, status::ok, 65535}};
+    for (const Case& c : cases) {
+        TestFrame src(c.width, 1, 128), dst(c.width, 1, 0);
+        ASSERT_EQ(inst->RenderField(dst.frame, src.frame, {0, 0, c.width, 1}, 0), c.status) << c.width;
+        int32_t written = 0;
+        while (written < c.width / 2 && dst.Row(0)[4 * written] == 128) ++written;
+        EXPECT_EQ(written, c.pairsWritten) << c.width;
+        for (int32_t b = 4 * c.pairsWritten; b < 2 * c.width; ++b) ASSERT_EQ(dst.Row(0)[b], 0) << c.width << " " << b;
+    }
+}
+
 }  // namespace
 }  // namespace zvf::test

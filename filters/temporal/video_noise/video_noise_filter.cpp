@@ -36,6 +36,11 @@ public:
         FieldView v;
         const Status s = OpenField(dst, src, rect, field, &v);
         if (s != status::ok) return s;
+        // Line and pair counts are 16-bit: a count that wraps to 0 renders
+        // nothing, and larger counts keep only their low 16 bits.
+        v.rows &= 0xFFFF;
+        v.pairs &= 0xFFFF;
+        if (v.rows == 0 || v.pairs == 0) return status::fail;
         const VideoNoiseRecord params = record_;  // read once, without a lock
         AddNoiseField(v, NoiseWeight(params.ratio), params.grayscale != 0, FreshSeed());
         return status::ok;
