@@ -42,7 +42,12 @@ public:
         v.pairs &= 0xFFFF;
         if (v.rows == 0 || v.pairs == 0) return status::fail;
         const VideoNoiseRecord params = record_;  // read once, without a lock
-        AddNoiseField(v, NoiseWeight(params.ratio), params.grayscale != 0, FreshSeed());
+        const int32_t w = NoiseWeight(params.ratio);
+        const bool gray = params.grayscale != 0;
+        if (Simd() >= SimdLevel::sse2)
+            AddNoiseFieldSse2(v, w, gray, FreshSeed());
+        else
+            AddNoiseField(v, w, gray, FreshSeed());
         return status::ok;
     }
 

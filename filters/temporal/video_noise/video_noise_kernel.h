@@ -82,4 +82,9 @@ constexpr uint8_t MixNoise(uint8_t p, int32_t n, int32_t w) {
 // leaves Cb and Cr as they are.
 void AddNoiseField(const FieldView& v, int32_t weight, bool grayscale, uint32_t seed);
 
+// SSE2 twin of AddNoiseField: bit-exact with the scalar version for every
+// input, weight and seed (the scalar version defines the results). Runs the
+// scalar version on builds without SSE2.
+void AddNoiseFieldSse2(const FieldView& v, int32_t weight, bool grayscale, uint32_t seed);
+
 }  // namespace zvf::filters
