@@ -139,7 +139,7 @@ uint8_t TapSource(const host::Frame& src, const Rect& r, int32_t odd, int cell, 
     return src.Pixels()[static_cast<size_t>(firstRow + 2 * l) * pitch + rowStart + b];
 }
 
-TEST(MatrixKernel, TapsComeFromTheDocumentedNeighbours) {
+TEST(MatrixKernel, TapsComeFromTheNeighbouringLinesAndSamples) {
     struct Case {
         int32_t w, h;
         Rect r;

@@ -224,17 +224,6 @@ TEST(VideoNoiseKernel, PropertiesHoldForEveryModeAndSeed) {
     }
 }
 
-TEST(VideoNoiseKernel, InPlaceEqualsSeparateBuffers) {
-    NoiseFrame f(40, 6, 11);
-    const std::vector<uint8_t> separate = f.Render({2, 0, 38, 6}, 0, 37, false, 99);
-    FieldView v;
-    const Rect r{2, 0, 38, 6};
-    ASSERT_EQ(OpenField(&f.src, &f.src, &r, 0, &v), status::ok);
-    AddNoiseField(v, NoiseWeight(37), false, 99);
-    for (int y = 0; y < 6; y += 2)
-        for (int b = 4; b < 76; ++b) ASSERT_EQ(f.src.Pixels()[y * 80 + b], separate[y * 80 + b]) << y << "," << b;
-}
-
 TEST(VideoNoiseRecord, LoadKeepsTheLowestByteOfEachField) {
     struct Case {
         uint32_t ratio, grayscale;
