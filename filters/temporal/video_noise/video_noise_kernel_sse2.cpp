@@ -1,5 +1,5 @@
 // SSE2 twin of the noise kernel. The draws of a stretch of a row are made
-// first, in the scalar kernel's order; then each pixel byte and its noise
+// first, several generator chains at once, in the scalar kernel's order; then each pixel byte and its noise
 // value are interleaved as 16-bit words and multiplied with the pair
 // (w, 16384) in one packed multiply-add, shifted, saturated and packed back.
 #include "video_noise_kernel.h"
@@ -17,21 +17,22 @@ constexpr int32_t kChunkPairs = 64;
 
 template <bool kGray>
 void Draw(NoiseStream& stream, int16_t* n, int32_t pairs) {
-    for (int32_t i = 0; i < pairs; ++i, n += 4) {
-        if constexpr (kGray) {
-            const uint32_t r = stream.Gray();
-            n[0] = static_cast<int16_t>(NoiseLow(r));
+    uint32_t draws[2 * kChunkPairs];
+    if constexpr (kGray) {
+        stream.GrayRun(draws, pairs);
+        for (int32_t i = 0; i < pairs; ++i, n += 4) {
+            n[0] = static_cast<int16_t>(NoiseLow(draws[i]));
             n[1] = 0;  // chroma: no noise, so the byte comes back unchanged
-            n[2] = static_cast<int16_t>(NoiseHigh(r));
+            n[2] = static_cast<int16_t>(NoiseHigh(draws[i]));
             n[3] = 0;
-        } else {
-            uint32_t r1;
-            uint32_t r2;
-            stream.Colour(&r1, &r2);
-            n[0] = static_cast<int16_t>(NoiseLow(r1));
-            n[1] = static_cast<int16_t>(NoiseLow(r2));
-            n[2] = static_cast<int16_t>(NoiseHigh(r1));
-            n[3] = static_cast<int16_t>(NoiseHigh(r2));
+        }
+    } else {
+        stream.ColourRun(draws, pairs);
+        for (int32_t i = 0; i < pairs; ++i, n += 4) {
+            n[0] = static_cast<int16_t>(NoiseLow(draws[2 * i]));
+            n[1] = static_cast<int16_t>(NoiseLow(draws[2 * i + 1]));
+            n[2] = static_cast<int16_t>(NoiseHigh(draws[2 * i]));
+            n[3] = static_cast<int16_t>(NoiseHigh(draws[2 * i + 1]));
         }
     }
 }
