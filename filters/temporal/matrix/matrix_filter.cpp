@@ -26,7 +26,7 @@ public:
         const Status s = OpenField(dst, src, rect, field, &v, OddRule::SelectorNonZero);
         if (s != status::ok) return s;
         const MatrixCoefficients c = coefficients_;  // read once, without a lock
-        return ConvolveMatrixField(v, c) ? status::ok : status::out_of_memory;
+        return ConvolveMatrixField(v, c, Simd()) ? status::ok : status::out_of_memory;
     }
 
 protected:

@@ -62,6 +62,17 @@ inline uint8_t ChromaOut(int32_t sum, bool normalize) { return Saturate((normali
 
 }  // namespace
 
+void MatrixLine(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                const MatrixCoefficients& c) {
+    const bool normalize = c.normalize != 0;
+    for (ptrdiff_t o = from; o < to; o += 4) {
+        out[o] = LumaOut(LumaSum(c.rows, lines, o), normalize);
+        out[o + 1] = ChromaOut(ChromaSum(c.rows, lines, o + 1), normalize);
+        out[o + 2] = LumaOut(LumaSum(c.rows, lines, o + 2), normalize);
+        out[o + 3] = ChromaOut(ChromaSum(c.rows, lines, o + 3), normalize);
+    }
+}
+
 void CopyMatrixField(const FieldView& v) {
     const size_t bytes = static_cast<size_t>(v.pairs) * 4;
     for (int32_t r = 0; r < v.rows; ++r) {
@@ -71,7 +82,7 @@ void CopyMatrixField(const FieldView& v) {
     }
 }
 
-bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c) {
+bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLevel level) {
     if (c.valid == 0 || v.rows == 1) {
         CopyMatrixField(v);
         return true;
@@ -87,7 +98,7 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c) {
     // The first output line uses field lines 0, 1 and 2, as the second does.
     for (int i = 0; i < 3; ++i) loader.Load(buf[i], i);
 
-    const bool normalize = c.normalize != 0;
+    const MatrixLineFn line = level >= SimdLevel::sse2 ? MatrixLineSse2 : MatrixLine;
     for (int32_t j = 0; j < v.rows; ++j) {
         if (j >= 2) {
             // Slide the span down; the line entering it is not written yet.
@@ -98,13 +109,7 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c) {
             loader.Load(buf[2], j + 1);
         }
         const uint8_t* const lines[3] = {buf[0] + kPad, buf[1] + kPad, buf[2] + kPad};
-        uint8_t* d = v.dst + ptrdiff_t{j} * v.step;
-        for (ptrdiff_t o = 0; o < bytes; o += 4) {
-            d[o] = LumaOut(LumaSum(c.rows, lines, o), normalize);
-            d[o + 1] = ChromaOut(ChromaSum(c.rows, lines, o + 1), normalize);
-            d[o + 2] = LumaOut(LumaSum(c.rows, lines, o + 2), normalize);
-            d[o + 3] = ChromaOut(ChromaSum(c.rows, lines, o + 3), normalize);
-        }
+        line(lines, v.dst + ptrdiff_t{j} * v.step, 0, bytes, c);
     }
     return true;
 }
