@@ -3,6 +3,8 @@
 #include "spatial/block_color/block_color_record.h"
 #include "temporal/anti_flicker/anti_flicker_record.h"
 #include "temporal/strobe_freeze/strobe_record.h"
+#include "temporal/matrix/matrix_record.h"
+#include "temporal/video_noise/video_noise_record.h"
 
 namespace zvf::filters {
 namespace {
@@ -11,6 +13,8 @@ constexpr CatalogEntry kCatalog[] = {
     {u"Velmora Co., Ltd. SolidColor Video Filter", &kBlockColorRecord},
     {u"Velmora Co., Ltd. Strobe Video Filter", &kStrobeRecord},
     {u"Velmora Co., Ltd. AntiFlicker Video Filter", &kAntiFlickerRecord},
+    {u"Velmora Co., Ltd. Noise Video Filter", &kVideoNoiseRecord},
+    {u"Velmora Co., Ltd. Matrix Video Filter", &kMatrixRecord},
 };
 
 }  // namespace

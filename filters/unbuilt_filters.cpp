@@ -28,8 +28,6 @@ public:
 
 // One line per filter; a filter's line goes when its own folder builds it.
 ZVF_UNBUILT_PLAIN(CreateMonotone, FamilyA(u"Velmora Co., Ltd. Monotone Video Filter", 10001, kCategoryColor))
-ZVF_UNBUILT_PLAIN(CreateVideoNoise, FamilyA(u"Velmora Co., Ltd. Noise Video Filter", 10004, kCategoryTop))
-ZVF_UNBUILT_PLAIN(CreateMatrix, FamilyA(u"Velmora Co., Ltd. Matrix Video Filter", 10019, kCategoryTop))
 ZVF_UNBUILT_PLAIN(CreateOldMovie, FamilyA(u"Velmora Co., Ltd. OldMovie Video Filter", 10007, kCategoryTop, caps::kOldMovie))
 ZVF_UNBUILT_PLAIN(CreateRegion, FamilyA(u"Velmora Co., Ltd. Rect Video Filter", 10013, kCategoryTop))
 ZVF_UNBUILT_PLAIN(CreateChrominance, FamilyA(u"Velmora Co., Ltd. Chrominance Video Filter", 10016, kCategoryTop))

@@ -1,0 +1,117 @@
+#include "matrix_kernel.h"
+
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace zvf::filters {
+namespace {
+
+// A buffered source line: 4 bytes of left padding, the region's pairs, 4
+// bytes past its end. The padding holds each channel's edge neighbours, so
+// the inner loop needs no tests.
+constexpr ptrdiff_t kPad = 4;
+
+struct LineLoader {
+    const FieldView& v;
+    ptrdiff_t bytes;  // 4 x pairs
+    ptrdiff_t tail;   // bytes of the frame row after the region's pairs
+    int32_t lastLine; // last field line inside the frame
+
+    void Load(uint8_t* buf, int32_t line) const {
+        if (line > lastLine) line = lastLine;
+        const uint8_t* s = v.src + ptrdiff_t{line} * v.step;
+        uint8_t* b = buf + kPad;
+        std::memcpy(b, s, static_cast<size_t>(bytes));
+        // Left: each channel's first sample is its own neighbour.
+        b[-4] = 0;
+        b[-3] = b[1];  // Cb
+        b[-2] = b[0];  // Y
+        b[-1] = b[3];  // Cr
+        // Right: the frame's next sample of each channel, or the last one at
+        // the frame's edge.
+        uint8_t* e = b + bytes;
+        e[0] = tail >= 1 ? s[bytes] : e[-2];      // Y
+        e[1] = tail >= 2 ? s[bytes + 1] : e[-3];  // Cb
+        e[2] = tail >= 3 ? s[bytes + 2] : e[-2];  // (unused: two luma samples on)
+        e[3] = tail >= 4 ? s[bytes + 3] : e[-1];  // Cr
+    }
+};
+
+inline int32_t LumaSum(const int16_t (&c)[3][4], const uint8_t* const (&l)[3], ptrdiff_t o) {
+    int32_t sum = 0;
+    for (int r = 0; r < 3; ++r) sum += c[r][0] * l[r][o - 2] + c[r][1] * l[r][o] + c[r][2] * l[r][o + 2];
+    return sum;
+}
+
+inline int32_t ChromaSum(const int16_t (&c)[3][4], const uint8_t* const (&l)[3], ptrdiff_t o) {
+    int32_t sum = 0;
+    for (int r = 0; r < 3; ++r)
+        sum += c[r][0] * (l[r][o - 4] - 128) + c[r][1] * (l[r][o] - 128) + c[r][2] * (l[r][o + 4] - 128);
+    return sum;
+}
+
+inline uint8_t Saturate(int32_t v) { return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v)); }
+
+inline uint8_t LumaOut(int32_t sum, bool normalize) {
+    // Logical shift: a negative sum becomes a huge positive value.
+    return Saturate(normalize ? static_cast<int32_t>(static_cast<uint32_t>(sum) >> 12) : sum);
+}
+
+inline uint8_t ChromaOut(int32_t sum, bool normalize) { return Saturate((normalize ? sum >> 12 : sum) + 128); }
+
+}  // namespace
+
+void MatrixLine(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                const MatrixCoefficients& c) {
+    const bool normalize = c.normalize != 0;
+    for (ptrdiff_t o = from; o < to; o += 4) {
+        out[o] = LumaOut(LumaSum(c.rows, lines, o), normalize);
+        out[o + 1] = ChromaOut(ChromaSum(c.rows, lines, o + 1), normalize);
+        out[o + 2] = LumaOut(LumaSum(c.rows, lines, o + 2), normalize);
+        out[o + 3] = ChromaOut(ChromaSum(c.rows, lines, o + 3), normalize);
+    }
+}
+
+void CopyMatrixField(const FieldView& v) {
+    const size_t bytes = static_cast<size_t>(v.pairs) * 4;
+    for (int32_t r = 0; r < v.rows; ++r) {
+        const uint8_t* s = v.src + ptrdiff_t{r} * v.step;
+        uint8_t* d = v.dst + ptrdiff_t{r} * v.step;
+        if (s != d) std::memmove(d, s, bytes);
+    }
+}
+
+bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLevel level) {
+    if (c.valid == 0 || v.rows == 1) {
+        CopyMatrixField(v);
+        return true;
+    }
+    const ptrdiff_t bytes = ptrdiff_t{v.pairs} * 4;
+    const ptrdiff_t lineSize = bytes + 2 * kPad;
+    std::unique_ptr<uint8_t[]> scratch(new (std::nothrow) uint8_t[static_cast<size_t>(3 * lineSize)]);
+    if (!scratch) return false;
+
+    const ptrdiff_t rowStart = ptrdiff_t{v.left} * kBytesPerPixel;
+    const LineLoader loader{v, bytes, ptrdiff_t{v.pitch} - rowStart - bytes, (v.height - 1 - v.firstRow) / 2};
+    uint8_t* buf[3] = {scratch.get(), scratch.get() + lineSize, scratch.get() + 2 * lineSize};
+    // The first output line uses field lines 0, 1 and 2, as the second does.
+    for (int i = 0; i < 3; ++i) loader.Load(buf[i], i);
+
+    const MatrixLineFn line = level >= SimdLevel::sse2 ? MatrixLineSse2 : MatrixLine;
+    for (int32_t j = 0; j < v.rows; ++j) {
+        if (j >= 2) {
+            // Slide the span down; the line entering it is not written yet.
+            uint8_t* oldest = buf[0];
+            buf[0] = buf[1];
+            buf[1] = buf[2];
+            buf[2] = oldest;
+            loader.Load(buf[2], j + 1);
+        }
+        const uint8_t* const lines[3] = {buf[0] + kPad, buf[1] + kPad, buf[2] + kPad};
+        line(lines, v.dst + ptrdiff_t{j} * v.step, 0, bytes, c);
+    }
+    return true;
+}
+
+}  // namespace zvf::filters

@@ -1,0 +1,132 @@
+// Video Noise's generators, stream layout and mixing kernel. Randomness stays
+// outside: the caller chooses the seed, so a fixed seed gives fixed bytes.
+#pragma once
+
+#include <cstdint>
+
+#include "zvf/field.h"
+
+namespace zvf::filters {
+
+// Linear congruential generators, modulo 2^32.
+constexpr uint32_t kMulA = 1664525u, kAddA = 1013904223u;
+constexpr uint32_t kMulB = 1566083941u, kAddB = 69069u;
+constexpr uint32_t NoiseStepA(uint32_t x) { return x * kMulA + kAddA; }
+constexpr uint32_t NoiseStepB(uint32_t x) { return x * kMulB + kAddB; }
+
+// Signed noise values of one draw: bits 8..15 and bits 16..23, less 128.
+constexpr int32_t NoiseLow(uint32_t draw) { return static_cast<int32_t>((draw >> 8) & 0xFF) - 128; }
+constexpr int32_t NoiseHigh(uint32_t draw) { return static_cast<int32_t>((draw >> 16) & 0xFF) - 128; }
+
+// n successive states of the generator x' = a x + c from x, written `stride`
+// apart; returns the last. Four chains jump four steps at a time, so the
+// multiplies do not wait on each other.
+template <uint32_t a, uint32_t c>
+uint32_t NoiseRun(uint32_t x, uint32_t* out, int32_t n, int32_t stride) {
+    constexpr uint32_t a2 = a * a, a3 = a2 * a, a4 = a3 * a;
+    constexpr uint32_t c2 = c * (a + 1), c3 = c * (a2 + a + 1), c4 = c * (a3 + a2 + a + 1);
+    int32_t i = 0;
+    if (n >= 4) {
+        uint32_t x1 = a * x + c, x2 = a2 * x + c2, x3 = a3 * x + c3, x4 = a4 * x + c4;
+        for (; i + 4 <= n; i += 4) {
+            out[i * stride] = x1;
+            out[(i + 1) * stride] = x2;
+            out[(i + 2) * stride] = x3;
+            out[(i + 3) * stride] = x4;
+            x = x4;
+            x1 = a4 * x1 + c4;
+            x2 = a4 * x2 + c4;
+            x3 = a4 * x3 + c4;
+            x4 = a4 * x4 + c4;
+        }
+    }
+    for (; i < n; ++i) out[i * stride] = x = a * x + c;
+    return x;
+}
+
+// Pairs per line from which lines stop sharing one continuous stream.
+constexpr int32_t kWideNoisePairs = 512;
+
+// The draws of one render call, pair by pair and line by line.
+// Narrow regions run generator A as one stream over all pairs and lines.
+// Wide regions juggle a working slot S and a saved slot M so that successive
+// lines are not one continuous stream: S starts as the seed rotated by 16
+// bits and M as the seed; each line exchanges them and rotates S; in colour
+// mode each pair runs A on one slot and B on the other, so the line-start
+// exchange swaps which state feeds which generator.
+class NoiseStream {
+public:
+    NoiseStream(uint32_t seed, bool wide) : s_(wide ? Rotate16(seed) : seed), m_(seed), wide_(wide) {}
+
+    void StartLine() {
+        if (!wide_) return;
+        Swap();
+        s_ = Rotate16(s_);
+    }
+    // Luma-only mode: one draw per pair.
+    uint32_t Gray() {
+        s_ = NoiseStepA(s_);
+        return s_;
+    }
+    // Colour mode: two draws per pair.
+    void Colour(uint32_t* r1, uint32_t* r2) {
+        if (!wide_) {
+            *r1 = s_ = NoiseStepA(s_);
+            *r2 = s_ = NoiseStepA(s_);
+            return;
+        }
+        Swap();
+        *r1 = s_ = NoiseStepA(s_);
+        Swap();
+        *r2 = s_ = NoiseStepB(s_);
+    }
+
+    // The draws of the next n pairs at once, as n calls of Gray (one draw
+    // per pair) or of Colour (r1, r2 interleaved, 2n draws) would give them.
+    void GrayRun(uint32_t* out, int32_t n) { s_ = NoiseRun<kMulA, kAddA>(s_, out, n, 1); }
+    void ColourRun(uint32_t* out, int32_t n) {
+        if (!wide_) {
+            s_ = NoiseRun<kMulA, kAddA>(s_, out, 2 * n, 1);
+            return;
+        }
+        // Each pair exchanges the slots twice, so one slot runs A and the
+        // other B for the whole stretch.
+        m_ = NoiseRun<kMulA, kAddA>(m_, out, n, 2);
+        s_ = NoiseRun<kMulB, kAddB>(s_, out + 1, n, 2);
+    }
+
+private:
+    static constexpr uint32_t Rotate16(uint32_t x) { return (x >> 16) | (x << 16); }
+    void Swap() {
+        const uint32_t t = s_;
+        s_ = m_;
+        m_ = t;
+    }
+    uint32_t s_;
+    uint32_t m_;
+    bool wide_;
+};
+
+// Weight of the noise, a 1.14 fraction: ratio * 16384 / 100 truncated toward
+// zero, held in a 16-bit lane as the packed multiply-add takes it (every
+// ratio up to 199 is exact; 5 gives 819, 100 gives 16384).
+int32_t NoiseWeight(uint32_t ratio);
+
+// One output byte: p plus the noise n scaled by w, rounded toward minus
+// infinity and clamped to 0..255.
+constexpr uint8_t MixNoise(uint8_t p, int32_t n, int32_t w) {
+    const int32_t v = (n * w + int32_t{p} * 16384) >> 14;
+    return static_cast<uint8_t>(v < 0 ? 0 : (v > 255 ? 255 : v));
+}
+
+// Adds noise to every pair of the field's rows, reading the source and
+// writing the destination (which may be the same frame). Luma-only mode
+// leaves Cb and Cr as they are.
+void AddNoiseField(const FieldView& v, int32_t weight, bool grayscale, uint32_t seed);
+
+// SSE2 twin of AddNoiseField: bit-exact with the scalar version for every
+// input, weight and seed (the scalar version defines the results). Runs the
+// scalar version on builds without SSE2.
+void AddNoiseFieldSse2(const FieldView& v, int32_t weight, bool grayscale, uint32_t seed);
+
+}  // namespace zvf::filters

@@ -1,0 +1,251 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "kit/frame.h"
+#include "temporal/matrix/matrix_coefficients.h"
+#include "temporal/matrix/matrix_dialog.h"
+#include "temporal/matrix/matrix_kernel.h"
+#include "zvf/record.h"
+
+namespace zvf::filters {
+namespace {
+
+MatrixRecord Kernel(std::initializer_list<int32_t> cells, uint32_t normalize = 1) {
+    MatrixRecord r;
+    int i = 0;
+    for (int32_t v : cells) r.kernel[i++] = v;
+    r.normalize = normalize;
+    return r;
+}
+
+TEST(MatrixCoefficients, DerivationScalesTruncatesAndWraps) {
+    struct Case {
+        const char* what;
+        MatrixRecord record;
+        int32_t valid;
+        int16_t want[9];
+    };
+    const Case cases[] = {
+        {"identity", Kernel({0, 0, 0, 0, 1, 0, 0, 0, 0}), 1, {0, 0, 0, 0, 4096, 0, 0, 0, 0}},
+        {"box: 4096 / 9 = 455", Kernel({1, 1, 1, 1, 1, 1, 1, 1, 1}), 1, {455, 455, 455, 455, 455, 455, 455, 455, 455}},
+        {"sharpen, sum 1: 9 x 4096 = 36864 wraps",
+         Kernel({-1, -1, -1, -1, 9, -1, -1, -1, -1}),
+         1,
+         {-4096, -4096, -4096, -4096, -28672, -4096, -4096, -4096, -4096}},
+        {"edge, sum 0", Kernel({-1, -1, -1, -1, 8, -1, -1, -1, -1}), 0, {0, 0, 0, 0, 0, 0, 0, 0, 0}},
+        {"edge, not normalised", Kernel({-1, -1, -1, -1, 8, -1, -1, -1, -1}, 0), 1, {-1, -1, -1, -1, 8, -1, -1, -1, -1}},
+        {"sum 7: 4096 / 7 = 585.1 toward zero", Kernel({1, 1, 1, 1, 1, 1, 1, 1, -1}), 1,
+         {585, 585, 585, 585, 585, 585, 585, 585, -585}},
+        {"negative sum", Kernel({0, 0, 0, 0, -2, 0, 0, 0, 1}), 1, {0, 0, 0, 0, 8192, 0, 0, 0, -4096}},
+        // 255 x 4096 = 1044480 = 15 x 65536 + 61440; -254 x 4096 = -16 x 65536 + 8192.
+        {"wide range, sum 1", Kernel({255, 0, 0, 0, -254, 0, 0, 0, 0}), 1, {-4096, 0, 0, 0, 8192, 0, 0, 0, 0}},
+        {"stored values past 16 bits", Kernel({70000, -40000, 0, 0, 0, 0, 0, 0, 0}, 0), 1,
+         {4464, 25536, 0, 0, 0, 0, 0, 0, 0}},
+        {"any non-zero flag normalises", Kernel({0, 0, 0, 0, 2, 0, 0, 0, 0}, 7), 1, {0, 0, 0, 0, 4096, 0, 0, 0, 0}},
+    };
+    for (const Case& c : cases) {
+        const MatrixCoefficients m = DeriveMatrixCoefficients(c.record);
+        EXPECT_EQ(m.valid, c.valid) << c.what;
+        EXPECT_EQ(m.normalize, c.record.normalize != 0 ? 1 : 0) << c.what;
+        for (int i = 0; i < 9; ++i) EXPECT_EQ(m.rows[i / 3][i % 3], c.want[i]) << c.what << " cell " << i;
+        for (int r = 0; r < 3; ++r) EXPECT_EQ(m.rows[r][3], 0) << c.what;
+    }
+}
+
+// A frame of `w` x `h` pixels with every pair given, and a destination full
+// of a marker so that untouched bytes show.
+struct MatrixFrame {
+    MatrixFrame(int32_t w, int32_t h) : src(w, h), dst(w, h) {}
+    void Random(uint32_t seed) {
+        std::mt19937 rng(seed);
+        for (size_t i = 0; i < src.Bytes(); ++i) src.Pixels()[i] = static_cast<uint8_t>(rng());
+        for (size_t i = 0; i < dst.Bytes(); ++i) dst.Pixels()[i] = static_cast<uint8_t>(rng());
+    }
+    void Pairs(std::initializer_list<uint8_t> row) {
+        for (int32_t y = 0; y < src.Height(); ++y) {
+            size_t x = 0;
+            for (uint8_t b : row) src.Pixels()[static_cast<size_t>(y) * src.Width() * 2 + x++] = b;
+        }
+    }
+    std::vector<uint8_t> Run(const MatrixRecord& k, const Rect& r, int32_t field, bool inPlace = false) {
+        host::Frame& out = inPlace ? src : dst;
+        FieldView v;
+        EXPECT_EQ(OpenField(&out, &src, &r, field, &v, OddRule::SelectorNonZero), status::ok);
+        EXPECT_TRUE(ConvolveMatrixField(v, DeriveMatrixCoefficients(k)));
+        return {out.Pixels(), out.Pixels() + out.Bytes()};
+    }
+    host::Frame src;
+    host::Frame dst;
+};
+
+TEST(MatrixKernel, HandComputedResults) {
+    struct Case {
+        const char* what;
+        MatrixRecord kernel;
+        std::vector<uint8_t> in;   // two pairs, every row alike
+        std::vector<uint8_t> out;  // the first field line's result
+    };
+    const Case cases[] = {
+        // 200 x 455 x 9 = 819000 >> 12 = 199; (60 - 128) x 4095 = -278460 >> 12 = -68 (floor), + 128 = 60.
+        {"box on flat 200", Kernel({1, 1, 1, 1, 1, 1, 1, 1, 1}), {200, 200, 200, 60, 200, 200, 200, 60},
+         {199, 199, 199, 60, 199, 199, 199, 60}},
+        // 2Y - Y(left): Y 100 10 50 200 -> 100, -80, 90, 350; Cb -28 -118 -> -28, -208; Cr 0 122 -> 0, 244.
+        // Normalised luma shifts logically, so -80 turns white.
+        {"negative luma turns white", Kernel({0, 0, 0, -1, 2, 0, 0, 0, 0}), {100, 100, 10, 128, 50, 10, 200, 250},
+         {100, 100, 255, 128, 90, 0, 255, 255}},
+        {"not normalised: negative luma clamps to 0", Kernel({0, 0, 0, -1, 2, 0, 0, 0, 0}, 0),
+         {100, 100, 10, 128, 50, 10, 200, 250}, {100, 100, 0, 128, 90, 0, 255, 255}},
+        {"edge map on flat, not normalised", Kernel({-1, -1, -1, -1, 8, -1, -1, -1, -1}, 0),
+         {90, 30, 90, 220, 90, 30, 90, 220}, {0, 128, 0, 128, 0, 128, 0, 128}},
+        {"edge kernel normalised: sum 0 copies", Kernel({-1, -1, -1, -1, 8, -1, -1, -1, -1}),
+         {1, 2, 3, 4, 5, 6, 7, 8}, {1, 2, 3, 4, 5, 6, 7, 8}},
+        {"all zero normalised copies", Kernel({0, 0, 0, 0, 0, 0, 0, 0, 0}), {1, 2, 3, 4, 5, 6, 7, 8},
+         {1, 2, 3, 4, 5, 6, 7, 8}},
+        // Centre -28672, ring -4096 on flat 100: (100 x -28672 - 8 x 409600) < 0 -> white luma;
+        // chroma flat 128 stays 128; chroma 129: (-28672 - 8 x 4096) >> 12 = -15, + 128 = 113.
+        {"wrapped sharpen centre", Kernel({-1, -1, -1, -1, 9, -1, -1, -1, -1}), {100, 128, 100, 129, 100, 128, 100, 129},
+         {255, 128, 255, 113, 255, 128, 255, 113}},
+    };
+    for (const Case& c : cases) {
+        MatrixFrame f(4, 6);
+        f.Random(1);
+        std::vector<uint8_t> in = c.in;
+        for (int32_t y = 0; y < 6; ++y) std::copy(in.begin(), in.end(), f.src.Pixels() + 8 * y);
+        const std::vector<uint8_t> out = f.Run(c.kernel, {0, 0, 4, 6}, 0);
+        for (int line = 0; line < 3; ++line)
+            for (int i = 0; i < 8; ++i) EXPECT_EQ(out[16 * line + i], c.out[i]) << c.what << " line " << line << " byte " << i;
+    }
+}
+
+// Where a single-tap kernel (one cell 1, normalised) takes each output
+// sample from: the field line above, the same or below (the first line's
+// span moved one line down, the last clamped to the frame's last line of the
+// field), and the sample left or right in the same channel (the first sample
+// its own left neighbour, the right one read from the frame up to its edge).
+uint8_t TapSource(const host::Frame& src, const Rect& r, int32_t odd, int cell, int32_t line, int32_t byte) {
+    const int32_t pitch = src.Width() * 2;
+    const int32_t firstRow = r.top + ((r.top & 1) ^ odd);
+    const int32_t lastLine = (src.Height() - 1 - firstRow) / 2;
+    int32_t l = (line == 0 ? 1 : line) + cell / 3 - 1;
+    if (l > lastLine) l = lastLine;
+    const int32_t rowStart = 2 * r.left;
+    const int32_t step = (byte & 1) ? 4 : 2;  // chroma samples 4 bytes apart, luma 2
+    int32_t b = byte + (cell % 3 - 1) * step;
+    if (b < 0) b = byte;
+    if (rowStart + b >= pitch) b = byte;
+    return src.Pixels()[static_cast<size_t>(firstRow + 2 * l) * pitch + rowStart + b];
+}
+
+TEST(MatrixKernel, TapsComeFromTheNeighbouringLinesAndSamples) {
+    struct Case {
+        int32_t w, h;
+        Rect r;
+        int32_t field;
+    };
+    const Case cases[] = {
+        {10, 12, {0, 0, 10, 12}, 0},  // the whole frame: both edges clamp
+        {10, 12, {0, 0, 10, 12}, 1},
+        {10, 12, {2, 2, 8, 9}, 0},     // inside: right and below read the frame
+        {11, 12, {1, 1, 8, 12}, 5},    // odd left and width; any non-zero selector is the odd field
+        {12, 9, {4, 5, 12, 9}, 3},     // two field lines, the second the frame's last
+        {12, 9, {4, 4, 11, 9}, 0},     // three lines, odd width reaching the frame's last column
+    };
+    for (const Case& c : cases) {
+        for (int cell = 0; cell < 9; ++cell) {
+            MatrixRecord k = Kernel({0, 0, 0, 0, 0, 0, 0, 0, 0});
+            k.kernel[cell] = 1;
+            MatrixFrame f(c.w, c.h);
+            f.Random(static_cast<uint32_t>(cell + 100 * c.w));
+            const std::vector<uint8_t> before(f.dst.Pixels(), f.dst.Pixels() + f.dst.Bytes());
+            const std::vector<uint8_t> out = f.Run(k, c.r, c.field);
+            const int32_t odd = c.field != 0 ? 1 : 0;
+            const int32_t pairs = (c.r.right - c.r.left) / 2;
+            const int32_t firstRow = c.r.top + ((c.r.top & 1) ^ odd);
+            for (int32_t y = 0; y < c.h; ++y) {
+                for (int32_t x = 0; x < 2 * c.w; ++x) {
+                    const size_t at = static_cast<size_t>(y) * 2 * c.w + x;
+                    const int32_t byte = x - 2 * c.r.left;
+                    const bool inside = y >= firstRow && y < c.r.bottom && ((y - firstRow) & 1) == 0 && byte >= 0 &&
+                                        byte < 4 * pairs;
+                    const uint8_t want = inside ? TapSource(f.src, c.r, odd, cell, (y - firstRow) / 2, byte) : before[at];
+                    ASSERT_EQ(out[at], want) << "cell " << cell << " rect " << c.r.left << "," << c.r.top << " row "
+                                             << y << " byte " << x;
+                }
+            }
+        }
+    }
+}
+
+TEST(MatrixKernel, OneFieldLineIsCopiedWhateverTheKernel) {
+    MatrixFrame f(8, 8);
+    f.Random(3);
+    const std::vector<uint8_t> before(f.dst.Pixels(), f.dst.Pixels() + f.dst.Bytes());
+    const std::vector<uint8_t> out = f.Run(Kernel({1, 2, 3, 4, 5, 6, 7, 8, 9}, 0), {0, 3, 7, 5}, 1);
+    for (int x = 0; x < 16; ++x) {
+        // Three pairs copied; the odd last pixel is left alone.
+        EXPECT_EQ(out[3 * 16 + x], x < 12 ? f.src.Pixels()[3 * 16 + x] : before[3 * 16 + x]) << x;
+    }
+}
+
+TEST(MatrixKernel, InPlaceMatchesSeparateBuffers) {
+    const MatrixRecord kernels[] = {Kernel({3, -7, 2, 11, 40, -5, 1, 9, -2}), Kernel({3, -7, 2, 11, 40, -5, 1, 9, -2}, 0),
+                                    Kernel({0, 1, 0, 1, -3, 1, 0, 1, 0})};
+    for (const MatrixRecord& k : kernels) {
+        for (int32_t field : {0, 1}) {
+            MatrixFrame a(34, 15), b(34, 15);
+            a.Random(9);
+            b.Random(9);
+            const std::vector<uint8_t> separate = a.Run(k, {3, 1, 33, 15}, field);
+            const std::vector<uint8_t> inPlace = b.Run(k, {3, 1, 33, 15}, field, true);
+            const int32_t first = 1 + (1 ^ field);
+            for (int32_t y = first; y < 15; y += 2)
+                for (int32_t x = 6; x < 66; ++x)
+                    ASSERT_EQ(inPlace[y * 68 + x], separate[y * 68 + x]) << field << " " << y << "," << x;
+        }
+    }
+}
+
+TEST(MatrixRecord, DescriptionMatchesTheRecordAndItsDefaults) {
+    uint8_t payload[40];
+    WriteDefaults(kMatrixRecord, payload);
+    const MatrixRecord defaults;
+    EXPECT_EQ(std::memcmp(payload, &defaults, sizeof defaults), 0);
+    EXPECT_EQ(kMatrixRecord.payloadSize, sizeof(MatrixRecord));
+    const FieldDesc* centre = FindField(kMatrixRecord, "k11");
+    ASSERT_NE(centre, nullptr);
+    EXPECT_EQ(centre->offset, 16u);
+    WriteFieldValue(*FindField(kMatrixRecord, "k20"), payload, -300);
+    EXPECT_EQ(ReadFieldValue(*FindField(kMatrixRecord, "k20"), payload), -255);
+}
+
+TEST(MatrixDialog, CellsWriteThroughAndRederiveCancelRestores) {
+    MatrixRecord record;
+    MatrixCoefficients coefficients = DeriveMatrixCoefficients(record);
+    MatrixSetupDialog dialog(&record, &coefficients);
+    dialog.OnShown();
+    for (uint32_t id = 11091; id <= 11099; ++id) dialog.SetCell(id, 1);
+    EXPECT_EQ(record.kernel[0], 1);
+    EXPECT_EQ(coefficients.rows[2][2], 455);
+    dialog.SetCell(11095, 400);  // clamped
+    EXPECT_EQ(record.kernel[4], 255);
+    dialog.SetCell(11090, 9);  // not a cell
+    dialog.SetCell(11100, 9);
+    EXPECT_EQ(record.kernel[8], 1);
+    dialog.SetNormalize(false);
+    EXPECT_EQ(record.normalize, 0u);
+    EXPECT_EQ(coefficients.rows[1][1], 255);
+    EXPECT_EQ(coefficients.normalize, 0);
+    dialog.Cancel();
+    const MatrixRecord shown = dialog.Shown();
+    EXPECT_EQ(std::memcmp(&record, &shown, sizeof record), 0);
+    EXPECT_EQ(record.kernel[4], 1);
+    EXPECT_EQ(record.kernel[0], 0);
+    EXPECT_EQ(coefficients.rows[1][1], 4096);
+    EXPECT_EQ(coefficients.normalize, 1);
+}
+
+}  // namespace
+}  // namespace zvf::filters
