@@ -27,7 +27,6 @@ public:
     IVideoFilter* fn(IHost* host) { return MakeClassObject<UnbuiltFilter<k##fn>>(host); }
 
 // One line per filter; a filter's line goes when its own folder builds it.
-ZVF_UNBUILT_PLAIN(CreateMonotone, FamilyA(u"Velmora Co., Ltd. Monotone Video Filter", 10001, kCategoryColor))
 ZVF_UNBUILT_PLAIN(CreateVideoNoise, FamilyA(u"Velmora Co., Ltd. Noise Video Filter", 10004, kCategoryTop))
 ZVF_UNBUILT_PLAIN(CreateMatrix, FamilyA(u"Velmora Co., Ltd. Matrix Video Filter", 10019, kCategoryTop))
 ZVF_UNBUILT_PLAIN(CreateAntiFlicker, FamilyA(u"Velmora Co., Ltd. AntiFlicker Video Filter", 10022, kCategoryTop))
