@@ -1,5 +1,6 @@
 #include "record_catalog.h"
 
+#include "colour/color_balance/color_balance_record.h"
 #include "colour/monotone/monotone_record.h"
 #include "spatial/block_color/block_color_record.h"
 
@@ -9,6 +10,7 @@ namespace {
 constexpr CatalogEntry kCatalog[] = {
     {u"Velmora Co., Ltd. SolidColor Video Filter", &kBlockColorRecord},
     {u"Velmora Co., Ltd. Monotone Video Filter", &kMonotoneRecord},
+    {u"Velmora Co., Ltd. ColorCorrectionColor Video Filter", &kColorBalanceRecord},
 };
 
 }  // namespace
