@@ -54,7 +54,15 @@ void ColorBalanceOffsetsSafeScalar(const FieldView& v, const ColorBalanceParams&
 void ColorBalanceGainScalar(const FieldView& v, const ColorBalanceParams& p) { Process<true, false>(v, p); }
 void ColorBalanceGainSafeScalar(const FieldView& v, const ColorBalanceParams& p) { Process<true, true>(v, p); }
 
-ColorBalanceKernel SelectColorBalanceKernel(const ColorBalanceParams& p, SimdLevel) {
+ColorBalanceKernel SelectColorBalanceKernel(const ColorBalanceParams& p, SimdLevel level) {
+#if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
+    if (level >= SimdLevel::sse2) {
+        if (p.gain) return p.safe ? ColorBalanceGainSafeSse2 : ColorBalanceGainSse2;
+        return p.safe ? ColorBalanceOffsetsSafeSse2 : ColorBalanceOffsetsSse2;
+    }
+#else
+    (void)level;
+#endif
     if (p.gain) return p.safe ? ColorBalanceGainSafeScalar : ColorBalanceGainScalar;
     return p.safe ? ColorBalanceOffsetsSafeScalar : ColorBalanceOffsetsScalar;
 }

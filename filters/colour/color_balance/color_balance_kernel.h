@@ -40,6 +40,11 @@ void ColorBalanceOffsetsScalar(const FieldView& v, const ColorBalanceParams& p);
 void ColorBalanceOffsetsSafeScalar(const FieldView& v, const ColorBalanceParams& p);
 void ColorBalanceGainScalar(const FieldView& v, const ColorBalanceParams& p);
 void ColorBalanceGainSafeScalar(const FieldView& v, const ColorBalanceParams& p);
+// SSE2 twins, bit-exact with the scalar variants of the same name; x86 only.
+void ColorBalanceOffsetsSse2(const FieldView& v, const ColorBalanceParams& p);
+void ColorBalanceOffsetsSafeSse2(const FieldView& v, const ColorBalanceParams& p);
+void ColorBalanceGainSse2(const FieldView& v, const ColorBalanceParams& p);
+void ColorBalanceGainSafeSse2(const FieldView& v, const ColorBalanceParams& p);
 
 // The variant for these parameters at the fastest level allowed.
 ColorBalanceKernel SelectColorBalanceKernel(const ColorBalanceParams& p, SimdLevel level);
