@@ -58,7 +58,7 @@ void ColorBalanceSetupDialog::ApplyLocked(const ColorBalanceRecord& from) {
 
 void ColorBalanceSetupDialog::SetSlider(BalanceSlider slider, int32_t value) {
     const auto it = std::find_if(std::begin(kBalanceSliders), std::end(kBalanceSliders),
-                                 [slider](const BalanceSliderSpec& s) { return s.slider == slider; });
+                                 [slider](const BalanceSliderInfo& s) { return s.slider == slider; });
     if (it == std::end(kBalanceSliders)) return;
     {
         std::lock_guard<std::mutex> lock(lock_);

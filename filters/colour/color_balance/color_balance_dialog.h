@@ -16,13 +16,13 @@ namespace zvf::filters {
 // The sliders in dialog order; each pairs with a value box, range -128..127.
 enum class BalanceSlider { Chroma, Bright, Contrast, RedCyan, GreenMagenta, BlueYellow };
 
-struct BalanceSliderSpec {
+struct BalanceSliderInfo {
     BalanceSlider slider;
     const char16_t* label;     // left label ("Cyan" ... "Red" for the axes)
     const char16_t* endLabel;  // right label of an axis, else null
     int32_t ColorBalanceRecord::*field;
 };
-inline constexpr BalanceSliderSpec kBalanceSliders[] = {
+inline constexpr BalanceSliderInfo kBalanceSliders[] = {
     {BalanceSlider::Chroma, u"&Chroma", nullptr, &ColorBalanceRecord::chroma},
     {BalanceSlider::Bright, u"&Bright", nullptr, &ColorBalanceRecord::bright},
     {BalanceSlider::Contrast, u"C&ontrast", nullptr, &ColorBalanceRecord::contrast},

@@ -28,8 +28,9 @@ public:
     // Drops the owner's first buffer: 0 when one was dropped, 1 when none.
     int32_t Remove(uint32_t key);
 
-    // Inspection for tests and diagnostics: list positions (empty ones
-    // included) and the key at a position (nullopt-like: false when empty).
+    // For tests and diagnostics: list positions (empty ones
+    // included), the key at a position (false for an empty one), and the
+    // buffers listed.
     size_t Positions() const;
     bool KeyAt(size_t position, uint32_t* key) const;
     size_t LiveItems() const;
