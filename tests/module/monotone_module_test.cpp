@@ -90,7 +90,7 @@ TEST(MonotoneFilter, EmptyOrOutsideRectanglesWriteNothing) {
     }
 }
 
-TEST(MonotoneFilter, DialogIsIdleUnlessBusyAndSlidersDriveThePreview) {
+TEST(MonotoneFilter, DialogCountsAsIdleWhenShownButNotBusy) {
     auto m = LoadModule();
     ASSERT_TRUE(m);
     auto inst = m->Create(*m->Find("Monotone"));
