@@ -1,5 +1,7 @@
 #include "record_catalog.h"
 
+#include "colour/color_balance/color_balance_record.h"
+#include "colour/monotone/monotone_record.h"
 #include "spatial/block_color/block_color_record.h"
 #include "temporal/anti_flicker/anti_flicker_record.h"
 #include "temporal/strobe_freeze/strobe_record.h"
@@ -15,6 +17,8 @@ constexpr CatalogEntry kCatalog[] = {
     {u"Velmora Co., Ltd. AntiFlicker Video Filter", &kAntiFlickerRecord},
     {u"Velmora Co., Ltd. Noise Video Filter", &kVideoNoiseRecord},
     {u"Velmora Co., Ltd. Matrix Video Filter", &kMatrixRecord},
+    {u"Velmora Co., Ltd. Monotone Video Filter", &kMonotoneRecord},
+    {u"Velmora Co., Ltd. ColorCorrectionColor Video Filter", &kColorBalanceRecord},
 };
 
 }  // namespace

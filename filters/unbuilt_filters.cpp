@@ -27,7 +27,6 @@ public:
     IVideoFilter* fn(IHost* host) { return MakeClassObject<UnbuiltFilter<k##fn>>(host); }
 
 // One line per filter; a filter's line goes when its own folder builds it.
-ZVF_UNBUILT_PLAIN(CreateMonotone, FamilyA(u"Velmora Co., Ltd. Monotone Video Filter", 10001, kCategoryColor))
 ZVF_UNBUILT_PLAIN(CreateOldMovie, FamilyA(u"Velmora Co., Ltd. OldMovie Video Filter", 10007, kCategoryTop, caps::kOldMovie))
 ZVF_UNBUILT_PLAIN(CreateRegion, FamilyA(u"Velmora Co., Ltd. Rect Video Filter", 10013, kCategoryTop))
 ZVF_UNBUILT_PLAIN(CreateChrominance, FamilyA(u"Velmora Co., Ltd. Chrominance Video Filter", 10016, kCategoryTop))
@@ -46,7 +45,6 @@ ZVF_UNBUILT_HOST(CreateMosaic, FamilyB(u"Velmora Co., Ltd. Mosaic Video Filter",
 ZVF_UNBUILT_HOST(CreateMotionBlur, FamilyB(u"Velmora Co., Ltd. MotionBlur Video Filter", 10236, caps::kTemporal))
 ZVF_UNBUILT_HOST(CreateSharpness, FamilyB(u"Velmora Co., Ltd. Sharp Video Filter", 10243))
 ZVF_UNBUILT_HOST(CreateSoftFocus, FamilyB(u"Velmora Co., Ltd. SoftFocus Video Filter", 10250))
-ZVF_UNBUILT_HOST(CreateColorBalance, FamilyB(u"Velmora Co., Ltd. ColorCorrectionColor Video Filter", 10271))
 ZVF_UNBUILT_HOST(CreateYuvCurve, FamilyB(u"Velmora Co., Ltd. ColorCorrectionYUV Video Filter", 10285))
 ZVF_UNBUILT_HOST(CreateColorWheel, FamilyB(u"Velmora Co., Ltd. ColorCorrectionUV Video Filter", 10292))
 

@@ -22,6 +22,8 @@ void FreeLibraryHandle(Library lib);
 // Screen queries for placing setup dialogs.
 bool CursorPos(Point* out);
 bool MonitorRectAt(Point p, Rect* out);
+// The work area of that monitor: its rectangle less taskbars and docked bars.
+bool MonitorWorkAreaAt(Point p, Rect* out);
 Rect ScreenRect();
 
 // Whether the built-in Japanese string table should be used.

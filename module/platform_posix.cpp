@@ -10,8 +10,9 @@ namespace zvf::platform {
 namespace {
 
 // Without a window system the screen is one 1920x1080 monitor with the
-// cursor in its centre.
+// cursor in its centre and a 40-pixel taskbar along its bottom edge.
 constexpr Rect kScreen{0, 0, 1920, 1080};
+constexpr Rect kWorkArea{0, 0, 1920, 1040};
 
 }  // namespace
 
@@ -34,6 +35,11 @@ bool CursorPos(Point* out) {
 
 bool MonitorRectAt(Point, Rect* out) {
     *out = kScreen;
+    return true;
+}
+
+bool MonitorWorkAreaAt(Point, Rect* out) {
+    *out = kWorkArea;
     return true;
 }
 

@@ -208,7 +208,9 @@ Status FilterBase::ShowSetup(int32_t show) {
             Point cursor{0, 0};
             platform::CursorPos(&cursor);
             Rect monitor{};
-            if (!platform::MonitorRectAt(cursor, &monitor)) monitor = platform::ScreenRect();
+            const bool found = dialog_->PlacesInWorkArea() ? platform::MonitorWorkAreaAt(cursor, &monitor)
+                                                           : platform::MonitorRectAt(cursor, &monitor);
+            if (!found) monitor = platform::ScreenRect();
             const Point p = PlaceAtCursor(view.WindowRect(), cursor, monitor);
             view.MoveTo(p.x, p.y);
         }

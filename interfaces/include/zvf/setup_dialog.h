@@ -44,6 +44,9 @@ public:
     virtual void Reload() {}
     // Called each time the dialog is shown: refresh the shown copy.
     virtual void OnShown() {}
+    // Whether the first show keeps the dialog inside the monitor's work area
+    // (taskbar excluded) rather than its full rectangle.
+    virtual bool PlacesInWorkArea() const { return false; }
     // IsSetupIdle while a dialog exists; by default idle when not visible.
     virtual int32_t IdleState() const { return view_ && view_->IsVisible() ? 0 : 1; }
 
