@@ -1,5 +1,6 @@
 #include "record_catalog.h"
 
+#include "colour/color_wheel/color_wheel_record.h"
 #include "spatial/block_color/block_color_record.h"
 
 namespace zvf::filters {
@@ -7,6 +8,7 @@ namespace {
 
 constexpr CatalogEntry kCatalog[] = {
     {u"Velmora Co., Ltd. SolidColor Video Filter", &kBlockColorRecord},
+    {u"Velmora Co., Ltd. ColorCorrectionUV Video Filter", &kColorWheelRecord},
 };
 
 }  // namespace

@@ -52,6 +52,5 @@ ZVF_UNBUILT_HOST(CreateSharpness, FamilyB(u"Velmora Co., Ltd. Sharp Video Filter
 ZVF_UNBUILT_HOST(CreateSoftFocus, FamilyB(u"Velmora Co., Ltd. SoftFocus Video Filter", 10250))
 ZVF_UNBUILT_HOST(CreateColorBalance, FamilyB(u"Velmora Co., Ltd. ColorCorrectionColor Video Filter", 10271))
 ZVF_UNBUILT_HOST(CreateYuvCurve, FamilyB(u"Velmora Co., Ltd. ColorCorrectionYUV Video Filter", 10285))
-ZVF_UNBUILT_HOST(CreateColorWheel, FamilyB(u"Velmora Co., Ltd. ColorCorrectionUV Video Filter", 10292))
 
 }  // namespace zvf::filters
