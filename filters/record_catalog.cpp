@@ -1,6 +1,7 @@
 #include "record_catalog.h"
 
 #include "colour/color_wheel/color_wheel_record.h"
+#include "colour/yuv_curve/yuv_curve_record.h"
 #include "spatial/block_color/block_color_record.h"
 
 namespace zvf::filters {
@@ -9,6 +10,7 @@ namespace {
 constexpr CatalogEntry kCatalog[] = {
     {u"Velmora Co., Ltd. SolidColor Video Filter", &kBlockColorRecord},
     {u"Velmora Co., Ltd. ColorCorrectionUV Video Filter", &kColorWheelRecord},
+    {u"Velmora Co., Ltd. ColorCorrectionYUV Video Filter", &kYuvCurveRecord},
 };
 
 }  // namespace

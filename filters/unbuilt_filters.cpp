@@ -51,6 +51,5 @@ ZVF_UNBUILT_HOST(CreateMotionBlur, FamilyB(u"Velmora Co., Ltd. MotionBlur Video 
 ZVF_UNBUILT_HOST(CreateSharpness, FamilyB(u"Velmora Co., Ltd. Sharp Video Filter", 10243))
 ZVF_UNBUILT_HOST(CreateSoftFocus, FamilyB(u"Velmora Co., Ltd. SoftFocus Video Filter", 10250))
 ZVF_UNBUILT_HOST(CreateColorBalance, FamilyB(u"Velmora Co., Ltd. ColorCorrectionColor Video Filter", 10271))
-ZVF_UNBUILT_HOST(CreateYuvCurve, FamilyB(u"Velmora Co., Ltd. ColorCorrectionYUV Video Filter", 10285))
 
 }  // namespace zvf::filters
