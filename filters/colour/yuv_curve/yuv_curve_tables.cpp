@@ -14,6 +14,23 @@ bool StrictlyAscending(std::span<const CurvePoint> points) {
     return true;
 }
 
+// Second derivatives of the natural spline at each point: the tridiagonal
+// system of the inner points solved forward and back (Thomas); the ends 0.
+ZVF_EXACT_FLOAT std::vector<double> SecondDerivatives(std::span<const CurvePoint> points) {
+    const size_t n = points.size();
+    std::vector<double> m(n, 0.0), c(n, 0.0), d(n, 0.0);
+    for (size_t i = 1; i + 1 < n; ++i) {
+        const double h0 = X(points[i]) - X(points[i - 1]);
+        const double h1 = X(points[i + 1]) - X(points[i]);
+        const double rhs = 6.0 * ((Y(points[i + 1]) - Y(points[i])) / h1 - (Y(points[i]) - Y(points[i - 1])) / h0);
+        const double diag = 2.0 * (h0 + h1) - h0 * c[i - 1];
+        c[i] = h1 / diag;
+        d[i] = (rhs - h0 * d[i - 1]) / diag;
+    }
+    for (size_t i = n - 2; i >= 1; --i) m[i] = d[i] - c[i] * m[i + 1];
+    return m;
+}
+
 }  // namespace
 
 ZVF_EXACT_FLOAT double EvaluateSegments(std::span<const CurvePoint> points, double x) {
@@ -27,22 +44,8 @@ ZVF_EXACT_FLOAT double EvaluateSegments(std::span<const CurvePoint> points, doub
     return Y(points[i - 1]) + (Y(points[i]) - Y(points[i - 1])) / dx * (x - X(points[i - 1]));
 }
 
-ZVF_EXACT_FLOAT NaturalSpline::NaturalSpline(std::span<const CurvePoint> points) : points_(points) {
-    const size_t n = points.size();
-    if (n < 3 || !StrictlyAscending(points)) return;
-    // Tridiagonal system for the inner second derivatives, solved forward
-    // and back (Thomas); the ends stay 0.
-    second_.assign(n, 0.0);
-    std::vector<double> c(n, 0.0), d(n, 0.0);
-    for (size_t i = 1; i + 1 < n; ++i) {
-        const double h0 = X(points[i]) - X(points[i - 1]);
-        const double h1 = X(points[i + 1]) - X(points[i]);
-        const double rhs = 6.0 * ((Y(points[i + 1]) - Y(points[i])) / h1 - (Y(points[i]) - Y(points[i - 1])) / h0);
-        const double diag = 2.0 * (h0 + h1) - h0 * c[i - 1];
-        c[i] = h1 / diag;
-        d[i] = (rhs - h0 * d[i - 1]) / diag;
-    }
-    for (size_t i = n - 2; i >= 1; --i) second_[i] = d[i] - c[i] * second_[i + 1];
+NaturalSpline::NaturalSpline(std::span<const CurvePoint> points) : points_(points) {
+    if (points.size() >= 3 && StrictlyAscending(points)) second_ = SecondDerivatives(points);
 }
 
 // Piece i runs from point i to point i + 1 as y_i + t (b + t (c + t d)).
