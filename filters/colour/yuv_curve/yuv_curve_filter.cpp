@@ -33,7 +33,7 @@ public:
             std::lock_guard<std::mutex> hold(lock_);  // the dialog may be writing
             snapshot = TakeSnapshot(record_);
         }
-        RenderCurve(v, snapshot);
+        RenderCurve(v, snapshot, Simd());
         return status::ok;
     }
 

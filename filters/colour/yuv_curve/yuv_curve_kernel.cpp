@@ -70,7 +70,7 @@ void RenderCurveLines(const FieldView& v, const LineTerms (&terms)[3], bool limi
     }
 }
 
-void RenderCurve(const FieldView& v, const CurveSnapshot& s) {
+void RenderCurve(const FieldView& v, const CurveSnapshot& s, SimdLevel level) {
     const CurveKernel kernel = ChooseCurveKernel(s);
     if (kernel == CurveKernel::Table) {
         RenderCurveTables(v, s.fixed.table);
@@ -78,7 +78,11 @@ void RenderCurve(const FieldView& v, const CurveSnapshot& s) {
     }
     const LineTerms terms[3] = {LineTermsOf(s.ends[0][0], s.ends[0][1]), LineTermsOf(s.ends[1][0], s.ends[1][1]),
                                 LineTermsOf(s.ends[2][0], s.ends[2][1])};
-    RenderCurveLines(v, terms, kernel == CurveKernel::LineLimited);
+    if (level >= SimdLevel::sse2) {
+        RenderCurveLinesSse2(v, terms, kernel == CurveKernel::LineLimited);
+    } else {
+        RenderCurveLines(v, terms, kernel == CurveKernel::LineLimited);
+    }
 }
 
 }  // namespace zvf::filters

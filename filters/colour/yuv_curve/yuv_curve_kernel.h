@@ -7,6 +7,7 @@
 
 #include "yuv_curve_record.h"
 #include "zvf/field.h"
+#include "zvf/simd_level.h"
 
 namespace zvf::filters {
 
@@ -35,7 +36,9 @@ void RenderCurveTables(const FieldView& v, const uint8_t (&tables)[3][256]);
 // Each byte x becomes clamp(((x slope) >> 8) + intercept, 0, 255), then
 // 16..235 (Y) or 16..240 (U, V) when limited.
 void RenderCurveLines(const FieldView& v, const LineTerms (&terms)[3], bool limited);
-// The kernel ChooseCurveKernel names.
-void RenderCurve(const FieldView& v, const CurveSnapshot& s);
+// The same bytes with SSE2, bit-exact with RenderCurveLines on every input.
+void RenderCurveLinesSse2(const FieldView& v, const LineTerms (&terms)[3], bool limited);
+// The kernel ChooseCurveKernel names, at the given instruction-set level.
+void RenderCurve(const FieldView& v, const CurveSnapshot& s, SimdLevel level = SimdLevel::scalar);
 
 }  // namespace zvf::filters
