@@ -23,7 +23,6 @@ class NaturalSpline {
 public:
     explicit NaturalSpline(std::span<const CurvePoint> points);
     double operator()(double x) const;
-    bool IsCubic() const { return !second_.empty(); }
 
 private:
     struct Piece {
