@@ -2,6 +2,8 @@
 
 #include "colour/color_balance/color_balance_record.h"
 #include "colour/monotone/monotone_record.h"
+#include "colour/color_wheel/color_wheel_record.h"
+#include "colour/yuv_curve/yuv_curve_record.h"
 #include "spatial/block_color/block_color_record.h"
 #include "temporal/anti_flicker/anti_flicker_record.h"
 #include "temporal/strobe_freeze/strobe_record.h"
@@ -19,6 +21,8 @@ constexpr CatalogEntry kCatalog[] = {
     {u"Velmora Co., Ltd. Matrix Video Filter", &kMatrixRecord},
     {u"Velmora Co., Ltd. Monotone Video Filter", &kMonotoneRecord},
     {u"Velmora Co., Ltd. ColorCorrectionColor Video Filter", &kColorBalanceRecord},
+    {u"Velmora Co., Ltd. ColorCorrectionUV Video Filter", &kColorWheelRecord},
+    {u"Velmora Co., Ltd. ColorCorrectionYUV Video Filter", &kYuvCurveRecord},
 };
 
 }  // namespace

@@ -45,7 +45,5 @@ ZVF_UNBUILT_HOST(CreateMosaic, FamilyB(u"Velmora Co., Ltd. Mosaic Video Filter",
 ZVF_UNBUILT_HOST(CreateMotionBlur, FamilyB(u"Velmora Co., Ltd. MotionBlur Video Filter", 10236, caps::kTemporal))
 ZVF_UNBUILT_HOST(CreateSharpness, FamilyB(u"Velmora Co., Ltd. Sharp Video Filter", 10243))
 ZVF_UNBUILT_HOST(CreateSoftFocus, FamilyB(u"Velmora Co., Ltd. SoftFocus Video Filter", 10250))
-ZVF_UNBUILT_HOST(CreateYuvCurve, FamilyB(u"Velmora Co., Ltd. ColorCorrectionYUV Video Filter", 10285))
-ZVF_UNBUILT_HOST(CreateColorWheel, FamilyB(u"Velmora Co., Ltd. ColorCorrectionUV Video Filter", 10292))
 
 }  // namespace zvf::filters

@@ -1,0 +1,65 @@
+#include "color_wheel_kernel.h"
+
+namespace zvf::filters {
+namespace {
+
+int32_t Clamp(int32_t v, int32_t lo, int32_t hi) { return v < lo ? lo : (v > hi ? hi : v); }
+
+template <bool kGain, bool kSafe>
+void RenderRows(const FieldView& v, const WheelPlan& p) {
+    const int32_t yLo = kSafe ? 16 : 0, yHi = kSafe ? 235 : 255;
+    const int32_t cLo = kSafe ? 16 : 0, cHi = kSafe ? 240 : 255;
+    for (int32_t row = 0; row < v.rows; ++row) {
+        const uint8_t* s = v.src + row * v.step;
+        uint8_t* d = v.dst + row * v.step;
+        for (int32_t i = 0; i < v.pairs; ++i, s += 4, d += 4) {
+            const int32_t u = s[1] - 128;
+            const int32_t w = s[3] - 128;
+            const int32_t nu = ((u * p.kc - w * p.ks) >> 14) + 128;
+            const int32_t nv = ((u * p.ks + w * p.kc) >> 14) + 128;
+            int32_t y0, y1;
+            if constexpr (kGain) {
+                y0 = ((((s[0] - 128) * 256) * p.lumaGain) >> 16) + p.bright + 128;
+                y1 = ((((s[2] - 128) * 256) * p.lumaGain) >> 16) + p.bright + 128;
+            } else {
+                y0 = s[0] + p.bright;
+                y1 = s[2] + p.bright;
+            }
+            // Limits after the byte clamp equal one clamp to the narrower range.
+            d[0] = static_cast<uint8_t>(Clamp(y0, yLo, yHi));
+            d[1] = static_cast<uint8_t>(Clamp(nu, cLo, cHi));
+            d[2] = static_cast<uint8_t>(Clamp(y1, yLo, yHi));
+            d[3] = static_cast<uint8_t>(Clamp(nv, cLo, cHi));
+        }
+    }
+}
+
+}  // namespace
+
+int32_t GainFromSetting(int32_t setting) {
+    const int32_t p = Clamp(setting, -128, 127);
+    return p < 0 ? ((p + 128) * 256) / 128 : (p * 256) / 32 + 256;
+}
+
+WheelPlan PlanWheel(const ColorWheelRecord& record) {
+    WheelPlan p;
+    p.safe = record.safeColour != 0;
+    p.bright = Clamp(record.bright, -128, 127);
+    p.gain = record.saturation != 0 || record.contrast != 0;
+    p.lumaGain = record.contrast != 0 ? GainFromSetting(record.contrast) : 256;
+    const int32_t chromaGain = record.saturation != 0 ? GainFromSetting(record.saturation) : 256;
+    // |term| <= 32768 and gain <= 1272: the products stay far inside 32 bits.
+    p.kc = (int32_t{record.cosine} * chromaGain) >> 8;
+    p.ks = (int32_t{record.sine} * chromaGain) >> 8;
+    return p;
+}
+
+void RenderWheel(const FieldView& v, const WheelPlan& plan) {
+    if (plan.gain) {
+        plan.safe ? RenderRows<true, true>(v, plan) : RenderRows<true, false>(v, plan);
+    } else {
+        plan.safe ? RenderRows<false, true>(v, plan) : RenderRows<false, false>(v, plan);
+    }
+}
+
+}  // namespace zvf::filters
