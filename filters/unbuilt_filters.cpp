@@ -39,7 +39,6 @@ ZVF_UNBUILT_PLAIN(CreateCombineFilters, FamilyA(u"Velmora Co., Ltd. Combine Vide
 ZVF_UNBUILT_PLAIN(CreateStrobeFreeze, FamilyA(u"Velmora Co., Ltd. Strobe Video Filter", 10010, kCategoryTop, caps::kTemporal))
 ZVF_UNBUILT_PLAIN(CreateLoopSlide, FamilyA(u"Velmora Co., Ltd. LoopSlide Video Filter", 10031, kCategoryTop))
 ZVF_UNBUILT_PLAIN(CreateTunnelVision, FamilyA(u"Velmora Co., Ltd. Tunnel Video Filter", 10034, kCategoryTop, caps::kPlain))
-ZVF_UNBUILT_HOST(CreateMirror, FamilyB(u"Velmora Co., Ltd. Mirror Video Filter", 10278))
 ZVF_UNBUILT_HOST(CreateRasterWipe, FamilyB(u"Velmora Co., Ltd. RasterScroll Video Filter", 10257))
 ZVF_UNBUILT_HOST(CreateWhiteBalance, FamilyA(u"Velmora Co., Ltd. WhiteBalance Video Filter", 10037, kCategoryTop))
 ZVF_UNBUILT_HOST(CreateBlur, FamilyB(u"Velmora Co., Ltd. Blur Video Filter", 10201))

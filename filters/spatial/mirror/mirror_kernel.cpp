@@ -1,0 +1,45 @@
+#include "mirror_kernel.h"
+
+#include <cstring>
+
+namespace zvf::filters {
+namespace {
+
+// Pair j of dst from pair pairs-1-j of src, lumas exchanged, chroma kept.
+void ReverseRow(uint8_t* dst, const uint8_t* src, int32_t pairs) {
+    const uint8_t* s = src + 4 * static_cast<ptrdiff_t>(pairs - 1);
+    for (int32_t j = 0; j < pairs; ++j, dst += 4, s -= 4) {
+        dst[0] = s[2];
+        dst[1] = s[1];
+        dst[2] = s[0];
+        dst[3] = s[3];
+    }
+}
+
+}  // namespace
+
+int32_t MirrorSourceRow(int32_t k, int32_t rows, bool oddField, bool vertical) {
+    if (!vertical) return k;
+    if (oddField) return rows - 1 - k;
+    return k == 0 ? 0 : rows - k;
+}
+
+bool MirrorReversesRow(int32_t k, bool oddField, bool horizontal, bool vertical) {
+    if (!horizontal) return false;
+    return !(vertical && !oddField && k == 0);
+}
+
+void MirrorField(const FieldView& v, bool horizontal, bool vertical) {
+    const bool odd = v.odd != 0;
+    const size_t rowBytes = size_t{4} * static_cast<size_t>(v.pairs);
+    for (int32_t k = 0; k < v.rows; ++k) {
+        uint8_t* dst = v.dst + k * v.step;
+        const uint8_t* src = v.src + MirrorSourceRow(k, v.rows, odd, vertical) * v.step;
+        if (MirrorReversesRow(k, odd, horizontal, vertical))
+            ReverseRow(dst, src, v.pairs);
+        else
+            std::memcpy(dst, src, rowBytes);
+    }
+}
+
+}  // namespace zvf::filters
