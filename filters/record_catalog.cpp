@@ -1,6 +1,7 @@
 #include "record_catalog.h"
 
 #include "spatial/block_color/block_color_record.h"
+#include "spatial/emboss/emboss_record.h"
 #include "spatial/mirror/mirror_record.h"
 
 namespace zvf::filters {
@@ -9,6 +10,7 @@ namespace {
 constexpr CatalogEntry kCatalog[] = {
     {u"Velmora Co., Ltd. SolidColor Video Filter", &kBlockColorRecord},
     {u"Velmora Co., Ltd. Mirror Video Filter", &kMirrorRecord},
+    {u"Velmora Co., Ltd. Emboss Video Filter", &kEmbossRecord},
 };
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <random>
 #include <vector>
 
+#include "spatial/emboss/emboss_kernel.h"
 #include "spatial/mirror/mirror_kernel.h"
 #include "tests/module/module_fixture.h"
 #include "tests/module/record_blob.h"
@@ -46,6 +47,34 @@ TEST(MirrorThroughModule, MatchesTheKernelOnEveryFlagFieldAndRectangle) {
                     << "flags " << flags << " field " << field << " rect " << r.left << "," << r.top;
             }
     }
+}
+
+TEST(EmbossThroughModule, MatchesTheKernelOnEveryDirectionFieldAndRectangle) {
+    auto m = test::LoadModule();
+    ASSERT_TRUE(m);
+    std::mt19937 rng(77);
+    for (uint32_t dir = 0; dir < 8; ++dir)
+        for (uint32_t depth : {0u, 1u, 3u, 12u}) {
+            const std::vector<uint8_t> blob = test::WordBlob("Velmora Co., Ltd. Emboss Video Filter", {dir, depth});
+            auto inst = m->Create(*m->Find("Emboss"), &blob);
+            for (const Rect& r : kRects)
+                for (int32_t field : {0, 1, 2}) {
+                    TestFrame src(18, 11), viaModule(18, 11), viaKernel(18, 11);
+                    Randomise(src.frame, rng);
+                    Randomise(viaModule.frame, rng);
+                    std::copy_n(viaModule.frame.Pixels(), viaModule.frame.Bytes(), viaKernel.frame.Pixels());
+                    ASSERT_EQ(inst->RenderField(viaModule.frame, src.frame, r, field), status::ok);
+                    FieldView v;
+                    if (OpenField(&viaKernel.frame, &src.frame, &r, field, &v) == status::ok) {
+                        if (depth == 0)
+                            GreyField(v);
+                        else
+                            EmbossField(v, dir, depth);
+                    }
+                    ASSERT_EQ(viaModule.Bytes(), viaKernel.Bytes()) << "direction " << dir << " depth " << depth
+                                                                    << " field " << field << " rect " << r.left;
+                }
+        }
 }
 
 }  // namespace
