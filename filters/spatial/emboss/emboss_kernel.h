@@ -26,6 +26,9 @@ EmbossStep EmbossDirection(uint32_t direction);
 // defines the results; any other version is bit-exact with it.
 using EmbossSpanFn = void (*)(const uint8_t* s, const uint8_t* t, uint8_t* out, size_t n);
 void EmbossSpan(const uint8_t* s, const uint8_t* t, uint8_t* out, size_t n);
+// SSE2 twin, bit-exact with EmbossSpan; only for instances whose level is at
+// least SimdLevel::sse2.
+void EmbossSpanSse2(const uint8_t* s, const uint8_t* t, uint8_t* out, size_t n);
 
 // The relief of the view's rows for a depth of at least 1. A depth beyond
 // the field's size gives the same result as the largest that fits, since
