@@ -102,24 +102,6 @@ TEST(EmbossModule, EmptyFieldsSucceedAndBadRectanglesAreRefused) {
     }
 }
 
-TEST(EmbossModule, UniformFrameBecomesGreyAndDepthZeroIgnoresTheSource) {
-    auto m = LoadModule();
-    ASSERT_TRUE(m);
-    for (uint32_t dir = 0; dir < 8; ++dir)
-        for (uint32_t depth : {0u, 1u, 4u, 500u}) {
-            const std::vector<uint8_t> blob = EmbossBlob(dir, depth);
-            auto inst = m->Create(*m->Find("Emboss"), &blob);
-            TestFrame uniform(10, 6), noisy(10, 6), a(10, 6, 0x11), b(10, 6, 0x11);
-            for (size_t i = 0; i < uniform.frame.Bytes(); ++i) uniform.frame.Pixels()[i] = i % 4 == 0 ? 30 : 200;
-            Randomise(noisy, dir);
-            ASSERT_EQ(inst->RenderFrame(a.frame, uniform.frame), status::ok);
-            EXPECT_EQ(a.Bytes(), std::vector<uint8_t>(10 * 6 * 2, 0x80)) << dir << "," << depth;
-            if (depth != 0) continue;
-            ASSERT_EQ(inst->RenderFrame(b.frame, noisy.frame), status::ok);
-            EXPECT_EQ(b.Bytes(), std::vector<uint8_t>(10 * 6 * 2, 0x80)) << dir;
-        }
-}
-
 TEST(EmbossModule, OneFrameAsBothSourceAndDestinationGivesTheSameResult) {
     auto m = LoadModule();
     ASSERT_TRUE(m);
