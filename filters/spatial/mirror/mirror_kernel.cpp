@@ -5,14 +5,16 @@
 namespace zvf::filters {
 namespace {
 
-// Pair j of dst from pair pairs-1-j of src, lumas exchanged, chroma kept.
+// Pair j of dst from pair pairs-1-j of src, lumas exchanged, chroma kept:
+// one 32-bit word per pair (every target is little-endian, so Y0 is the low
+// byte and Y1 the third).
 void ReverseRow(uint8_t* dst, const uint8_t* src, int32_t pairs) {
     const uint8_t* s = src + 4 * static_cast<ptrdiff_t>(pairs - 1);
     for (int32_t j = 0; j < pairs; ++j, dst += 4, s -= 4) {
-        dst[0] = s[2];
-        dst[1] = s[1];
-        dst[2] = s[0];
-        dst[3] = s[3];
+        uint32_t w;
+        std::memcpy(&w, s, 4);
+        w = (w & 0xFF00FF00u) | ((w >> 16) & 0xFFu) | ((w & 0xFFu) << 16);
+        std::memcpy(dst, &w, 4);
     }
 }
 
