@@ -33,7 +33,7 @@ void ReliefRow(const uint8_t* s, const uint8_t* t, uint8_t* out, int32_t pairs, 
         span(s + at, t, out + at, size_t{4} * static_cast<size_t>(pairs - clamped));
     } else {
         const int32_t inside = pairs > d ? pairs - d : 0;  // pairs c < Q - d refer to c + d
-        span(s, t + size_t{4} * static_cast<size_t>(d), out, size_t{4} * static_cast<size_t>(inside));
+        if (inside > 0) span(s, t + size_t{4} * static_cast<size_t>(d), out, size_t{4} * static_cast<size_t>(inside));
         const size_t at = size_t{4} * static_cast<size_t>(inside);
         AgainstPair(s + at, t + size_t{4} * static_cast<size_t>(pairs - 1), out + at, pairs - inside);
     }
