@@ -9,6 +9,8 @@
 #include "temporal/strobe_freeze/strobe_record.h"
 #include "temporal/matrix/matrix_record.h"
 #include "temporal/video_noise/video_noise_record.h"
+#include "spatial/emboss/emboss_record.h"
+#include "spatial/mirror/mirror_record.h"
 
 namespace zvf::filters {
 namespace {
@@ -23,6 +25,8 @@ constexpr CatalogEntry kCatalog[] = {
     {u"Velmora Co., Ltd. ColorCorrectionColor Video Filter", &kColorBalanceRecord},
     {u"Velmora Co., Ltd. ColorCorrectionUV Video Filter", &kColorWheelRecord},
     {u"Velmora Co., Ltd. ColorCorrectionYUV Video Filter", &kYuvCurveRecord},
+    {u"Velmora Co., Ltd. Mirror Video Filter", &kMirrorRecord},
+    {u"Velmora Co., Ltd. Emboss Video Filter", &kEmbossRecord},
 };
 
 }  // namespace
