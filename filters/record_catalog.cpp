@@ -1,12 +1,14 @@
 #include "record_catalog.h"
 
 #include "spatial/block_color/block_color_record.h"
+#include "spatial/blur/blur_record.h"
 
 namespace zvf::filters {
 namespace {
 
 constexpr CatalogEntry kCatalog[] = {
     {u"Velmora Co., Ltd. SolidColor Video Filter", &kBlockColorRecord},
+    {u"Velmora Co., Ltd. Blur Video Filter", &kBlurRecord},
 };
 
 }  // namespace

@@ -85,7 +85,9 @@ TEST(SetupLifecycle, StatusCodesThroughOpenShowHideRefreshClose) {
         auto inst = m->Create(i);
         ASSERT_TRUE(inst);
         IFilterInstance* f = inst->Get();
-        EXPECT_EQ(f->IsSetupIdle(), 0) << name;  // no dialog
+        // No dialog: Blur and Smooth Blur count that as idle, the others do not.
+        const int32_t idleWithoutDialog = name == "Blur" ? 1 : 0;
+        EXPECT_EQ(f->IsSetupIdle(), idleWithoutDialog) << name;
         EXPECT_EQ(f->ShowSetup(1), status::fail) << name;
         EXPECT_EQ(f->RefreshSetup(), status::pointer) << name;
         EXPECT_EQ(f->CloseSetup(), status::ok) << name;
