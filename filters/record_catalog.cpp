@@ -9,6 +9,7 @@ namespace {
 constexpr CatalogEntry kCatalog[] = {
     {u"Velmora Co., Ltd. SolidColor Video Filter", &kBlockColorRecord},
     {u"Velmora Co., Ltd. Blur Video Filter", &kBlurRecord},
+    {u"Velmora Co., Ltd. BlurHQ Video Filter", &kBlurRecord},
 };
 
 }  // namespace

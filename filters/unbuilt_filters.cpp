@@ -42,7 +42,6 @@ ZVF_UNBUILT_PLAIN(CreateTunnelVision, FamilyA(u"Velmora Co., Ltd. Tunnel Video F
 ZVF_UNBUILT_HOST(CreateMirror, FamilyB(u"Velmora Co., Ltd. Mirror Video Filter", 10278))
 ZVF_UNBUILT_HOST(CreateRasterWipe, FamilyB(u"Velmora Co., Ltd. RasterScroll Video Filter", 10257))
 ZVF_UNBUILT_HOST(CreateWhiteBalance, FamilyA(u"Velmora Co., Ltd. WhiteBalance Video Filter", 10037, kCategoryTop))
-ZVF_UNBUILT_HOST(CreateSmoothBlur, FamilyB(u"Velmora Co., Ltd. BlurHQ Video Filter", 10208, caps::kPlain))
 ZVF_UNBUILT_HOST(CreateEmboss, FamilyB(u"Velmora Co., Ltd. Emboss Video Filter", 10215))
 ZVF_UNBUILT_HOST(CreatePencilSketch, FamilyB(u"Velmora Co., Ltd. PencilSketch Video Filter", 10222))
 ZVF_UNBUILT_HOST(CreateMosaic, FamilyB(u"Velmora Co., Ltd. Mosaic Video Filter", 10229))

@@ -20,6 +20,7 @@ struct BlurKind {
 
 const BlurKind kKinds[] = {
     {"Blur", "Velmora Co., Ltd. Blur Video Filter", BlurLineReference, status::ok},
+    {"Smooth Blur", "Velmora Co., Ltd. BlurHQ Video Filter", SmoothBlurLineReference, status::fail},
 };
 
 constexpr uint32_t kPayload = 46088;  // radius, coefficient, two reserved blocks
@@ -107,7 +108,7 @@ TEST(BlurFilters, RenderMatchesTheReferenceWithAndWithoutPreparation) {
                     if (prepare) {
                         ASSERT_EQ((*inst)->PrepareRender(), status::ok);
                     }
-                    const Rect rects[] = {{0, 0, 50, 31}, {3, 2, 48, 29}, {7, 0, 9, 31}, {0, 5, 50, 6}};
+                    const Rect rects[] = {{0, 0, 50, 31}, {3, 2, 48, 29}, {7, 0, 9, 31}, {0, 5, 50, 7}};
                     for (const Rect& r : rects) {
                         for (int32_t field : {0, 1}) {
                             TestFrame src(50, 31), dst(50, 31, 0x5A);

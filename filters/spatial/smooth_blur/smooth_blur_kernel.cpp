@@ -1,0 +1,77 @@
+#include "smooth_blur_kernel.h"
+
+#include <algorithm>
+
+#include "spatial/blur/blur_scratch.h"
+
+namespace zvf::filters {
+namespace {
+
+// One row: forward accumulators into `fwd`, then the backward recursion
+// writes the outputs. Each source sample is read before the same place is
+// written, so src may equal dst.
+void SmoothRow(const uint8_t* src, uint8_t* dst, int32_t pairs, int32_t a, int32_t* fwd) {
+    const int32_t n = 4 * pairs;
+    int32_t p[4];
+    for (int32_t l = 0; l < 4; ++l) p[l] = SmoothCentre(src[l]);
+    for (int32_t i = 0; i < n; i += 4) {
+        for (int32_t l = 0; l < 4; ++l) {
+            const int32_t acc = SmoothAccumulate(SmoothCentre(src[i + l]), p[l], a);
+            fwd[i + l] = acc;
+            p[l] = SmoothState(acc);
+        }
+    }
+    for (int32_t l = 0; l < 4; ++l) p[l] = SmoothCentre(src[n - 4 + l]);
+    for (int32_t i = n - 4; i >= 0; i -= 4) {
+        for (int32_t l = 0; l < 4; ++l) {
+            const int32_t acc = SmoothAccumulate(SmoothCentre(src[i + l]), p[l], a);
+            p[l] = SmoothState(acc);
+            dst[i + l] = SmoothOutput(acc, fwd[i + l]);
+        }
+    }
+}
+
+// A strip of `lanes` byte columns over `rows` rows, in place: the bottom-up
+// recursion keeps its accumulators per row in `up`, the top-down one writes
+// the outputs; both carry one state per column along the rows.
+void SmoothStrip(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up) {
+    int32_t state[4 * kStripPairs];
+    const uint8_t* bottom = base + (rows - 1) * step;
+    for (int32_t j = 0; j < lanes; ++j) state[j] = SmoothCentre(bottom[j]);
+    for (int32_t k = rows - 1; k >= 0; --k) {
+        const uint8_t* in = base + k * step;
+        int32_t* here = up + static_cast<ptrdiff_t>(k) * lanes;
+        for (int32_t j = 0; j < lanes; ++j) {
+            const int32_t acc = SmoothAccumulate(SmoothCentre(in[j]), state[j], a);
+            here[j] = acc;
+            state[j] = SmoothState(acc);
+        }
+    }
+    for (int32_t j = 0; j < lanes; ++j) state[j] = SmoothCentre(base[j]);
+    for (int32_t k = 0; k < rows; ++k) {
+        uint8_t* row = base + k * step;
+        const int32_t* here = up + static_cast<ptrdiff_t>(k) * lanes;
+        for (int32_t j = 0; j < lanes; ++j) {
+            const int32_t acc = SmoothAccumulate(SmoothCentre(row[j]), state[j], a);
+            state[j] = SmoothState(acc);
+            row[j] = SmoothOutput(acc, here[j]);
+        }
+    }
+}
+
+}  // namespace
+
+bool SmoothBlurField(const FieldView& v, int32_t a, std::span<int32_t> scratch) {
+    if (v.rows <= 0 || v.pairs <= 0) return true;
+    const int32_t strip = StripPairs(scratch.size() / kLanes, v.rows, v.pairs);
+    if (strip == 0) return false;
+    for (int32_t r = 0; r < v.rows; ++r)
+        SmoothRow(v.src + r * v.step, v.dst + r * v.step, v.pairs, a, scratch.data());
+    for (int32_t c = 0; c < v.pairs; c += strip) {
+        const int32_t width = std::min(strip, v.pairs - c);
+        SmoothStrip(v.dst + 4 * c, v.step, v.rows, 4 * width, a, scratch.data());
+    }
+    return true;
+}
+
+}  // namespace zvf::filters

@@ -1,0 +1,44 @@
+// Smooth Blur's kernel: Blur's separable recursive low-pass at higher
+// precision. Samples are centred on 128 with 8 fraction bits, the recursion
+// state is truncated to 16 bits at each step, and each output is formed from
+// the untruncated 32-bit accumulators of both directions.
+//
+// This scalar version defines the results: any SIMD version must be
+// bit-exact with it on every input.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "zvf/field.h"
+
+namespace zvf::filters {
+
+// (x - 128) * 256: the sample centred, with 8 fraction bits.
+constexpr int32_t SmoothCentre(int32_t x) { return (x - 128) * 256; }
+// The accumulator (32768 - a) x' + a p, without rounding. With a in
+// 0..32768 and 16-bit x' and p its magnitude stays within 2^30, so the sum
+// of two accumulators still fits 32 bits.
+constexpr int32_t SmoothAccumulate(int32_t centred, int32_t p, int32_t a) { return (32768 - a) * centred + a * p; }
+// The next state: the accumulator shifted down, truncating, saturated to 16 bits.
+constexpr int32_t SmoothState(int32_t acc) {
+    const int32_t s = acc >> 15;
+    return s < -32768 ? -32768 : (s > 32767 ? 32767 : s);
+}
+// An output byte from the two directions' accumulators; the final shift by 8
+// floors.
+constexpr uint8_t SmoothOutput(int32_t backward, int32_t forward) {
+    int32_t v = (backward + forward) >> 16;
+    v = v < -32768 ? -32768 : (v > 32767 ? 32767 : v);
+    const int32_t o = (v >> 8) + 128;
+    return static_cast<uint8_t>(o < 0 ? 0 : (o > 255 ? 255 : o));
+}
+
+// Smooths the field's rows from v.src into v.dst (which may be the same
+// frame), then its pair columns in place in v.dst. `weight` is
+// KernelWeight() of the coefficient. `scratch` is in 32-bit lanes; with fewer
+// than 4 * MinScratchEntries(rows, pairs) of them nothing is written and
+// false is returned.
+bool SmoothBlurField(const FieldView& v, int32_t weight, std::span<int32_t> scratch);
+
+}  // namespace zvf::filters
