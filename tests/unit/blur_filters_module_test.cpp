@@ -3,6 +3,7 @@
 // field after the other or both at once.
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 #include <random>
 #include <vector>
@@ -79,6 +80,25 @@ TEST(BlurFiltersThroughTheModule, RenderEqualsTheKernel) {
             KernelField(c.kernel, want, src, {0, 0, w, h}, 1);
             EXPECT_EQ(std::memcmp(got.Pixels(), want.Pixels(), got.Bytes()), 0) << c.name << " two threads";
         }
+    }
+}
+
+TEST(BlurFiltersThroughTheModule, ScalarOnlyProcessorsGetTheSameBytes) {
+    host::HostOptions scalarOnly;
+    scalarOnly.processorFeatures = 0;
+    std::string error;
+    auto plain = host::LoadedModule::Load(host::DefaultModulePath(), scalarOnly, &error);
+    ASSERT_NE(plain, nullptr) << error;
+    auto full = host::LoadedModule::Load(host::DefaultModulePath(), host::HostOptions(), &error);
+    ASSERT_NE(full, nullptr) << error;
+    for (const char* name : {"Blur", "Smooth Blur"}) {
+        auto a = plain->Create(*plain->Find(name));
+        auto b = full->Create(*full->Find(name));
+        host::Frame src(300, 170), one(300, 170), two(300, 170);
+        Randomize(src, 11);
+        ASSERT_EQ(a->RenderFrame(one, src), status::ok);
+        ASSERT_EQ(b->RenderFrame(two, src), status::ok);
+        EXPECT_EQ(std::memcmp(one.Pixels(), two.Pixels(), one.Bytes()), 0) << name;
     }
 }
 

@@ -1,7 +1,8 @@
 // What Blur and Smooth Blur share as filter objects: the record, the
 // per-field scratch buffers and their preparation, the setup dialog and its
 // idle query, and the opening steps of Render. Each filter supplies its
-// kernel, its empty-field status and its dialog mode.
+// kernel (given the instance's instruction-set level), its empty-field status
+// and its dialog mode.
 #pragma once
 
 #include <new>
@@ -45,7 +46,7 @@ public:
         const int32_t weight = KernelWeight(LoadCoefficient(record_));  // read once, without a lock
         const std::span<int32_t> scratch = scratch_.For(field, v.rows, v.pairs);
         if (scratch.size() / kLanes < MinScratchEntries(v.rows, v.pairs)) return status::out_of_memory;
-        return Derived::Kernel(v, weight, scratch) ? status::ok : status::out_of_memory;
+        return Derived::Kernel(v, weight, scratch, this->Simd()) ? status::ok : status::out_of_memory;
     }
 
     size_t ScratchEntries(int32_t field) const { return scratch_.Entries(field); }

@@ -13,8 +13,8 @@ public:
     // A field without a row or a pair of the rectangle is simply done.
     static constexpr Status kEmptyFieldStatus = status::ok;
     static constexpr int32_t kDialogMode = BlurSetupDialog::kModeBlur;
-    static bool Kernel(const FieldView& v, int32_t weight, std::span<int32_t> scratch) {
-        return BlurField(v, weight, scratch);
+    static bool Kernel(const FieldView& v, int32_t weight, std::span<int32_t> scratch, SimdLevel level) {
+        return BlurField(v, weight, scratch, level);
     }
 
     explicit BlurFilter(IHost* host) : BlurFamilyFilter(host) {}

@@ -33,13 +33,12 @@ void SmoothRow(const uint8_t* src, uint8_t* dst, int32_t pairs, int32_t a, int32
     }
 }
 
-// A strip of `lanes` byte columns over `rows` rows: the bottom-up recursion
-// keeps its results per row in `up`, the top-down one carries its state per
-// column and writes the averages. Each row is read before it is written, so
-// src may equal dst. The inner loops run along the row, column by column
-// independently.
-void SmoothStrip(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
-                 int32_t* up) {
+}  // namespace
+
+// Each row is read before it is written, so src may equal dst. The inner
+// loops run along the row, column by column independently.
+void BlurStripScalar(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
+                     int32_t* up) {
     const uint8_t* bottom = src + (rows - 1) * step;
     int32_t* u = up + static_cast<ptrdiff_t>(rows - 1) * lanes;
     for (int32_t j = 0; j < lanes; ++j) u[j] = BlurStep(bottom[j], bottom[j], a);
@@ -62,14 +61,13 @@ void SmoothStrip(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows,
     }
 }
 
-}  // namespace
-
-bool BlurField(const FieldView& v, int32_t a, std::span<int32_t> scratch) {
+bool BlurField(const FieldView& v, int32_t a, std::span<int32_t> scratch, SimdLevel level) {
     if (v.rows <= 0 || v.pairs <= 0) return true;
     const size_t entries = scratch.size() / kLanes;
     const int32_t strip = StripPairs(entries, v.rows, v.pairs);
     if (strip == 0) return false;
 
+    const BlurStripFn vertical = level >= SimdLevel::sse2 ? BlurStripSse2 : BlurStripScalar;
     // One pair per row: the horizontal pass would change nothing.
     const uint8_t* vin = v.src;
     if (v.pairs > 1) {
@@ -79,7 +77,7 @@ bool BlurField(const FieldView& v, int32_t a, std::span<int32_t> scratch) {
     }
     for (int32_t c = 0; c < v.pairs; c += strip) {
         const int32_t width = std::min(strip, v.pairs - c);
-        SmoothStrip(vin + 4 * c, v.dst + 4 * c, v.step, v.rows, 4 * width, a, scratch.data());
+        vertical(vin + 4 * c, v.dst + 4 * c, v.step, v.rows, 4 * width, a, scratch.data());
     }
     return true;
 }

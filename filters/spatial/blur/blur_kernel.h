@@ -11,6 +11,7 @@
 #include <span>
 
 #include "zvf/field.h"
+#include "zvf/simd_level.h"
 
 namespace zvf::filters {
 
@@ -26,7 +27,21 @@ constexpr int32_t BlurStep(int32_t x, int32_t p, int32_t a) {
 // vertically, straight from the source. `weight` is KernelWeight() of the
 // coefficient. `scratch` is in 32-bit lanes; with fewer than
 // 4 * MinScratchEntries(rows, pairs) of them nothing is written and false is
-// returned.
-bool BlurField(const FieldView& v, int32_t weight, std::span<int32_t> scratch);
+// returned. `level` picks the instruction set of the vertical pass; every
+// level gives the same bytes.
+bool BlurField(const FieldView& v, int32_t weight, std::span<int32_t> scratch,
+               SimdLevel level = SimdLevel::scalar);
+
+// The vertical pass over one strip of `lanes` byte columns (a multiple of 4)
+// and `rows` rows `step` bytes apart, from src into dst (which may be the
+// same): a bottom-up recursion kept per row in `up` (rows * lanes entries),
+// then a top-down one that writes the averages.
+using BlurStripFn = void (*)(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes,
+                             int32_t a, int32_t* up);
+void BlurStripScalar(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
+                     int32_t* up);
+// Eight columns per instruction; bit-exact with BlurStripScalar.
+void BlurStripSse2(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
+                   int32_t* up);
 
 }  // namespace zvf::filters
