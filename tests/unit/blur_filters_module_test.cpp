@@ -83,23 +83,31 @@ TEST(BlurFiltersThroughTheModule, RenderEqualsTheKernel) {
     }
 }
 
+// Both filters' output for one picture from a module loaded with `options`;
+// one module at a time, since a module keeps one host.
+std::vector<std::vector<uint8_t>> RenderBoth(const host::HostOptions& options) {
+    std::string error;
+    auto m = host::LoadedModule::Load(host::DefaultModulePath(), options, &error);
+    EXPECT_NE(m, nullptr) << error;
+    std::vector<std::vector<uint8_t>> out;
+    if (!m) return out;
+    for (const char* name : {"Blur", "Smooth Blur"}) {
+        auto inst = m->Create(*m->Find(name));
+        host::Frame src(300, 170), dst(300, 170);
+        Randomize(src, 11);
+        EXPECT_EQ(inst->RenderFrame(dst, src), status::ok) << name;
+        out.emplace_back(dst.Pixels(), dst.Pixels() + dst.Bytes());
+    }
+    return out;
+}
+
 TEST(BlurFiltersThroughTheModule, ScalarOnlyProcessorsGetTheSameBytes) {
     host::HostOptions scalarOnly;
     scalarOnly.processorFeatures = 0;
-    std::string error;
-    auto plain = host::LoadedModule::Load(host::DefaultModulePath(), scalarOnly, &error);
-    ASSERT_NE(plain, nullptr) << error;
-    auto full = host::LoadedModule::Load(host::DefaultModulePath(), host::HostOptions(), &error);
-    ASSERT_NE(full, nullptr) << error;
-    for (const char* name : {"Blur", "Smooth Blur"}) {
-        auto a = plain->Create(*plain->Find(name));
-        auto b = full->Create(*full->Find(name));
-        host::Frame src(300, 170), one(300, 170), two(300, 170);
-        Randomize(src, 11);
-        ASSERT_EQ(a->RenderFrame(one, src), status::ok);
-        ASSERT_EQ(b->RenderFrame(two, src), status::ok);
-        EXPECT_EQ(std::memcmp(one.Pixels(), two.Pixels(), one.Bytes()), 0) << name;
-    }
+    const auto plain = RenderBoth(scalarOnly);
+    const auto full = RenderBoth(host::HostOptions());
+    ASSERT_EQ(plain.size(), 2u);
+    EXPECT_EQ(plain, full);
 }
 
 }  // namespace
