@@ -1,6 +1,7 @@
-// Blur's SSE2 vertical pass against the scalar one that defines the results:
-// random and extreme pictures and weights, every width from 2 to 130
-// pixels at odd offsets, guard bytes around the rectangle untouched.
+// Blur's SSE2 passes against the scalar ones that define the results: random
+// and extreme pictures and weights, every width from 2 to 130 pixels at odd
+// offsets, odd and even row counts, guard bytes around the rectangle
+// untouched.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -43,14 +44,16 @@ std::vector<uint8_t> Render(const std::vector<uint8_t>& pixels, const std::vecto
     return out;
 }
 
-TEST(BlurSimd, Sse2VerticalPassIsByteIdenticalToScalar) {
+TEST(BlurSimd, Sse2PassesAreByteIdenticalToScalar) {
     const int32_t weights[] = {0, 128, 2048, 10809, 31000, 32768};
     const Picture pictures[] = {Picture::Random,     Picture::Black,      Picture::White,
                                 Picture::ByteStripes, Picture::RowStripes, Picture::Impulses};
     int checked = 0;
     for (int32_t width = 2; width <= 130; ++width) {
         for (int32_t left : {1, 3}) {
-            const int32_t w = left + width + 3, h = 13;  // guard columns left and right, guard rows above and below
+            // Guard columns left and right, guard rows above and below; the
+            // field holds 5 or 6 rows.
+            const int32_t w = left + width + 3, h = 13 + ((width / 2) & 1);
             const Rect r{left, 1, left + width, h - 2};
             const int32_t field = width & 1;
             const int32_t a = weights[width % 6];

@@ -15,7 +15,7 @@ constexpr uint8_t Average(int32_t y, int32_t z) {
 // One row of `pairs` pairs: forward results into `fwd`, then the backward
 // recursion writes the averages. The backward pass reads each source sample
 // before writing the same place, so src may equal dst.
-void SmoothRow(const uint8_t* src, uint8_t* dst, int32_t pairs, int32_t a, int32_t* fwd) {
+void BlurRow(const uint8_t* src, uint8_t* dst, int32_t pairs, int32_t a, int32_t* fwd) {
     const int32_t n = 4 * pairs;
     int32_t p[4] = {src[0], src[1], src[2], src[3]};
     for (int32_t i = 0; i < n; i += 4) {
@@ -34,6 +34,10 @@ void SmoothRow(const uint8_t* src, uint8_t* dst, int32_t pairs, int32_t a, int32
 }
 
 }  // namespace
+
+void BlurRowsScalar(const FieldView& v, int32_t a, int32_t* fwd) {
+    for (int32_t r = 0; r < v.rows; ++r) BlurRow(v.src + r * v.step, v.dst + r * v.step, v.pairs, a, fwd);
+}
 
 // Each row is read before it is written, so src may equal dst. The inner
 // loops run along the row, column by column independently.
@@ -67,12 +71,13 @@ bool BlurField(const FieldView& v, int32_t a, std::span<int32_t> scratch, SimdLe
     const int32_t strip = StripPairs(entries, v.rows, v.pairs);
     if (strip == 0) return false;
 
-    const BlurStripFn vertical = level >= SimdLevel::sse2 ? BlurStripSse2 : BlurStripScalar;
+    const bool sse2 = level >= SimdLevel::sse2;
+    const BlurRowsFn horizontal = sse2 ? BlurRowsSse2 : BlurRowsScalar;
+    const BlurStripFn vertical = sse2 ? BlurStripSse2 : BlurStripScalar;
     // One pair per row: the horizontal pass would change nothing.
     const uint8_t* vin = v.src;
     if (v.pairs > 1) {
-        for (int32_t r = 0; r < v.rows; ++r)
-            SmoothRow(v.src + r * v.step, v.dst + r * v.step, v.pairs, a, scratch.data());
+        horizontal(v, a, scratch.data());
         vin = v.dst;
     }
     for (int32_t c = 0; c < v.pairs; c += strip) {

@@ -32,6 +32,14 @@ constexpr int32_t BlurStep(int32_t x, int32_t p, int32_t a) {
 bool BlurField(const FieldView& v, int32_t weight, std::span<int32_t> scratch,
                SimdLevel level = SimdLevel::scalar);
 
+// The horizontal pass over every row of the field, from v.src into v.dst,
+// with `fwd` holding at least 4 * v.pairs lanes.
+using BlurRowsFn = void (*)(const FieldView& v, int32_t a, int32_t* fwd);
+void BlurRowsScalar(const FieldView& v, int32_t a, int32_t* fwd);
+// Two rows per instruction, one pixel pair of each; bit-exact with
+// BlurRowsScalar.
+void BlurRowsSse2(const FieldView& v, int32_t a, int32_t* fwd);
+
 // The vertical pass over one strip of `lanes` byte columns (a multiple of 4)
 // and `rows` rows `step` bytes apart, from src into dst (which may be the
 // same): a bottom-up recursion kept per row in `up` (rows * lanes entries),
