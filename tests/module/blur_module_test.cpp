@@ -83,8 +83,8 @@ TEST(BlurFilters, ReservedBlocksAndValuesSurviveLoadAndSave) {
         ASSERT_EQ(m->Create(index, &shortByOne)->Save(&again), status::ok);
         EXPECT_EQ(again, BlurBlob(k.identifier, 5, 10809)) << k.name << ": a short set keeps the defaults";
         // A set of the other blur is foreign.
-        const std::string other = k.identifier == kKinds[0].identifier ? "Velmora Co., Ltd. BlurHQ Video Filter"
-                                                                       : kKinds[0].identifier;
+        const std::string other =
+            k.identifier == kKinds[0].identifier ? "Velmora Co., Ltd. BlurHQ Video Filter" : kKinds[0].identifier;
         const std::vector<uint8_t> foreign = BlurBlob(other, 10, 18820, 37);
         ASSERT_EQ(m->Create(index, &foreign)->Save(&again), status::ok);
         EXPECT_EQ(GetU32(again, PayloadAt(k.identifier)), 5u) << k.name;
@@ -116,9 +116,9 @@ TEST(BlurFilters, RenderMatchesTheReferenceWithAndWithoutPreparation) {
                             std::vector<uint8_t> want = dst.Bytes();
                             ReferenceField(want, src.Bytes(), 50, r, field, static_cast<int32_t>(a), k.line);
                             ASSERT_EQ(inst->RenderField(dst.frame, src.frame, r, field), status::ok);
-                            ASSERT_EQ(dst.Bytes(), want) << k.name << " radius " << radius << " field " << field
-                                                         << " rect " << r.left << "," << r.top << "," << r.right
-                                                         << "," << r.bottom << (prepare ? " prepared" : "");
+                            ASSERT_EQ(dst.Bytes(), want)
+                                << k.name << " radius " << radius << " field " << field << " rect " << r.left << ","
+                                << r.top << "," << r.right << "," << r.bottom << (prepare ? " prepared" : "");
                         }
                     }
                 }
@@ -158,12 +158,12 @@ TEST(BlurFilters, EmptyAndBadRectanglesWriteNothing) {
             Status want;
         };
         const Case cases[] = {
-            {{0, 0, 8, 1}, 1, k.emptyField},             // no odd row inside
-            {{3, 0, 4, 6}, 0, k.emptyField},             // one pixel wide: no pair
-            {{0, 0, 9, 6}, 0, status::invalid_arg},      // past the right edge
-            {{0, -2, 8, 6}, 1, status::invalid_arg},     // above the top
-            {{0, 0, 8, 7}, 0, status::invalid_arg},      // past the bottom
-            {{6, 0, 2, 6}, 0, status::invalid_arg},      // inverted
+            {{0, 0, 8, 1}, 1, k.emptyField},          // no odd row inside
+            {{3, 0, 4, 6}, 0, k.emptyField},          // one pixel wide: no pair
+            {{0, 0, 9, 6}, 0, status::invalid_arg},   // past the right edge
+            {{0, -2, 8, 6}, 1, status::invalid_arg},  // above the top
+            {{0, 0, 8, 7}, 0, status::invalid_arg},   // past the bottom
+            {{6, 0, 2, 6}, 0, status::invalid_arg},   // inverted
         };
         for (const Case& c : cases) {
             TestFrame src(8, 6), dst(8, 6, 0x77);

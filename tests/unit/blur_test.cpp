@@ -40,8 +40,8 @@ TEST(BlurCoefficient, TellingValuesAndTheirRange) {
         int32_t radius;
         uint32_t a;
     };
-    const Case cases[] = {{1, 128}, {2, 2048}, {5, 10809}, {10, 18820}, {100, 31000},
-                          {0, 128},  {-7, 128}, {101, 31000}};  // out of range: clamped
+    const Case cases[] = {{1, 128},     {2, 2048}, {5, 10809}, {10, 18820},
+                          {100, 31000}, {0, 128},  {-7, 128},  {101, 31000}};  // out of range: clamped
     for (const Case& c : cases) EXPECT_EQ(BlurCoefficient(c.radius), c.a) << "radius " << c.radius;
     EXPECT_EQ(DefaultBlurCoefficient(), 10809u);
     for (int32_t r = 2; r <= 100; ++r) EXPECT_GT(BlurCoefficient(r), BlurCoefficient(r - 1)) << r;
@@ -140,7 +140,8 @@ TEST(BlurKernel, TouchesOnlyTheFieldsPairsInsideTheRectangle) {
         Rect r;
         int32_t field;
     };
-    const Case cases[] = {{{1, 1, 8, 9}, 1}, {{1, 1, 8, 9}, 0}, {{0, 0, 3, 10}, 2}, {{4, 3, 12, 4}, 1}, {{2, 0, 5, 7}, 0}};
+    const Case cases[] = {
+        {{1, 1, 8, 9}, 1}, {{1, 1, 8, 9}, 0}, {{0, 0, 3, 10}, 2}, {{4, 3, 12, 4}, 1}, {{2, 0, 5, 7}, 0}};
     for (const Case& c : cases) {
         const std::vector<uint8_t> out = RunBlur(pixels, marker, w, h, c.r, c.field, 7);
         const int32_t odd = c.field == 1 ? 1 : 0;
@@ -165,8 +166,7 @@ TEST(BlurKernel, MatchesTheLineByLineReference) {
         const int32_t field = static_cast<int32_t>(rng() % 3);
         const int32_t radius = 1 + static_cast<int32_t>(rng() % 100);
         std::vector<uint8_t> want = pixels;
-        test::ReferenceField(want, pixels, w, r, field, KernelWeight(BlurCoefficient(radius)),
-                             test::BlurLineReference);
+        test::ReferenceField(want, pixels, w, r, field, KernelWeight(BlurCoefficient(radius)), test::BlurLineReference);
         FieldView probe;
         host::Frame pf(const_cast<uint8_t*>(pixels.data()), w, h);
         if (OpenField(&pf, &pf, &r, field, &probe) != status::ok) continue;
@@ -222,8 +222,8 @@ TEST(FieldScratch, StripWidthFollowsTheEntries) {
         int32_t rows, pairs, strip;
     };
     const Case cases[] = {
-        {100, 10, 50, 10}, {100, 10, 101, 0}, {9, 10, 5, 0}, {10, 10, 5, 1}, {1000, 10, 5, 5},
-        {1000, 10, 40, kStripPairs}, {0, 0, 0, 0},
+        {100, 10, 50, 10}, {100, 10, 101, 0},           {9, 10, 5, 0}, {10, 10, 5, 1},
+        {1000, 10, 5, 5},  {1000, 10, 40, kStripPairs}, {0, 0, 0, 0},
     };
     for (const Case& c : cases)
         EXPECT_EQ(StripPairs(c.entries, c.rows, c.pairs), c.strip) << c.entries << " " << c.rows << " " << c.pairs;

@@ -14,13 +14,17 @@ namespace zvf::test {
 
 using LineFilter = std::function<std::vector<int32_t>(const std::vector<int32_t>&, int32_t a)>;
 
-inline int32_t Clamp(int64_t v, int64_t lo, int64_t hi) { return static_cast<int32_t>(v < lo ? lo : (v > hi ? hi : v)); }
+inline int32_t Clamp(int64_t v, int64_t lo, int64_t hi) {
+    return static_cast<int32_t>(v < lo ? lo : (v > hi ? hi : v));
+}
 
 // Blur: whole 8-bit steps with rounding; the outputs average the two
 // directions with a floor.
 inline std::vector<int32_t> BlurLineReference(const std::vector<int32_t>& x, int32_t a) {
     const size_t n = x.size();
-    auto step = [a](int64_t in, int64_t prev) { return Clamp(((32768 - a) * in + a * prev + 16384) >> 15, -32768, 32767); };
+    auto step = [a](int64_t in, int64_t prev) {
+        return Clamp(((32768 - a) * in + a * prev + 16384) >> 15, -32768, 32767);
+    };
     std::vector<int32_t> fwd(n), out(n);
     int64_t p = x[0];
     for (size_t k = 0; k < n; ++k) p = fwd[k] = step(x[k], p);

@@ -43,12 +43,14 @@ TEST(SmoothBlurKernel, OneRowByHandAndTheFlooringShift) {
         uint8_t side, middle;
         uint8_t outSide, outMiddle;
     };
-    const Case cases[] = {{128, 255, 131, 247}, {128, 0, 124, 8}, {128, 128, 128, 128}, {0, 0, 0, 0}, {255, 255, 255, 255}};
+    const Case cases[] = {
+        {128, 255, 131, 247}, {128, 0, 124, 8}, {128, 128, 128, 128}, {0, 0, 0, 0}, {255, 255, 255, 255}};
     for (const Case& c : cases) {
         std::vector<uint8_t> pixels(12 * 2 * 2, 0x44);  // 6x2 pixels: 3 pairs, one even row
         for (int i = 0; i < 12; ++i) pixels[i] = i / 4 == 1 ? c.middle : c.side;
         const std::vector<uint8_t> out = RunSmooth(pixels, pixels, 6, 2, {0, 0, 6, 2}, 0, 2048);
-        for (int i = 0; i < 12; ++i) EXPECT_EQ(out[i], i / 4 == 1 ? c.outMiddle : c.outSide) << int(c.middle) << " " << i;
+        for (int i = 0; i < 12; ++i)
+            EXPECT_EQ(out[i], i / 4 == 1 ? c.outMiddle : c.outSide) << int(c.middle) << " " << i;
         for (int i = 12; i < 24; ++i) EXPECT_EQ(out[i], 0x44);
     }
 }
@@ -99,7 +101,8 @@ TEST(SmoothBlurKernel, TouchesOnlyTheFieldsPairsInsideTheRectangle) {
         Rect r;
         int32_t field;
     };
-    const Case cases[] = {{{1, 1, 8, 9}, 1}, {{1, 1, 8, 9}, 0}, {{0, 0, 3, 10}, 2}, {{4, 3, 12, 4}, 1}, {{2, 0, 5, 7}, 0}};
+    const Case cases[] = {
+        {{1, 1, 8, 9}, 1}, {{1, 1, 8, 9}, 0}, {{0, 0, 3, 10}, 2}, {{4, 3, 12, 4}, 1}, {{2, 0, 5, 7}, 0}};
     for (const Case& c : cases) {
         const std::vector<uint8_t> out = RunSmooth(pixels, marker, w, h, c.r, c.field, 12000);
         const int32_t odd = c.field == 1 ? 1 : 0;

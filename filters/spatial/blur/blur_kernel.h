@@ -29,8 +29,7 @@ constexpr int32_t BlurStep(int32_t x, int32_t p, int32_t a) {
 // 4 * MinScratchEntries(rows, pairs) of them nothing is written and false is
 // returned. `level` picks the instruction set of the vertical pass; every
 // level gives the same bytes.
-bool BlurField(const FieldView& v, int32_t weight, std::span<int32_t> scratch,
-               SimdLevel level = SimdLevel::scalar);
+bool BlurField(const FieldView& v, int32_t weight, std::span<int32_t> scratch, SimdLevel level = SimdLevel::scalar);
 
 // The horizontal pass over every row of the field, from v.src into v.dst,
 // with `fwd` holding at least 4 * v.pairs lanes.
@@ -44,8 +43,8 @@ void BlurRowsSse2(const FieldView& v, int32_t a, int32_t* fwd);
 // and `rows` rows `step` bytes apart, from src into dst (which may be the
 // same): a bottom-up recursion kept per row in `up` (rows * lanes entries),
 // then a top-down one that writes the averages.
-using BlurStripFn = void (*)(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes,
-                             int32_t a, int32_t* up);
+using BlurStripFn = void (*)(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
+                             int32_t* up);
 void BlurStripScalar(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
                      int32_t* up);
 // Eight columns per instruction; bit-exact with BlurStripScalar.

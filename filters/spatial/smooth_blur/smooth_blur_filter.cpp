@@ -14,8 +14,8 @@ public:
     // Unlike Blur, a field without a row or a pair of the rectangle fails.
     static constexpr Status kEmptyFieldStatus = status::fail;
     static constexpr int32_t kDialogMode = BlurSetupDialog::kModeSmooth;
-    static bool Kernel(const FieldView& v, int32_t weight, std::span<int32_t> scratch, SimdLevel) {
-        return SmoothBlurField(v, weight, scratch);
+    static bool Kernel(const FieldView& v, int32_t weight, std::span<int32_t> scratch, SimdLevel level) {
+        return SmoothBlurField(v, weight, scratch, level);
     }
 
     explicit BlurHQFilter(IHost* host) : BlurFamilyFilter(host) {}

@@ -31,10 +31,10 @@ void SmoothRow(const uint8_t* src, uint8_t* dst, int32_t pairs, int32_t a, int32
     }
 }
 
-// A strip of `lanes` byte columns over `rows` rows, in place: the bottom-up
-// recursion keeps its accumulators per row in `up`, the top-down one writes
-// the outputs; both carry one state per column along the rows.
-void SmoothStrip(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up) {
+}  // namespace
+
+// Both recursions carry one state per column along the rows.
+void SmoothStripScalar(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up) {
     int32_t state[4 * kStripPairs];
     const uint8_t* bottom = base + (rows - 1) * step;
     for (int32_t j = 0; j < lanes; ++j) state[j] = SmoothCentre(bottom[j]);
@@ -59,17 +59,15 @@ void SmoothStrip(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int
     }
 }
 
-}  // namespace
-
-bool SmoothBlurField(const FieldView& v, int32_t a, std::span<int32_t> scratch) {
+bool SmoothBlurField(const FieldView& v, int32_t a, std::span<int32_t> scratch, SimdLevel level) {
     if (v.rows <= 0 || v.pairs <= 0) return true;
     const int32_t strip = StripPairs(scratch.size() / kLanes, v.rows, v.pairs);
     if (strip == 0) return false;
-    for (int32_t r = 0; r < v.rows; ++r)
-        SmoothRow(v.src + r * v.step, v.dst + r * v.step, v.pairs, a, scratch.data());
+    for (int32_t r = 0; r < v.rows; ++r) SmoothRow(v.src + r * v.step, v.dst + r * v.step, v.pairs, a, scratch.data());
+    const SmoothStripFn vertical = level >= SimdLevel::sse2 ? SmoothStripSse2 : SmoothStripScalar;
     for (int32_t c = 0; c < v.pairs; c += strip) {
         const int32_t width = std::min(strip, v.pairs - c);
-        SmoothStrip(v.dst + 4 * c, v.step, v.rows, 4 * width, a, scratch.data());
+        vertical(v.dst + 4 * c, v.step, v.rows, 4 * width, a, scratch.data());
     }
     return true;
 }

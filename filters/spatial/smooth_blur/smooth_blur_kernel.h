@@ -11,6 +11,7 @@
 #include <span>
 
 #include "zvf/field.h"
+#include "zvf/simd_level.h"
 
 namespace zvf::filters {
 
@@ -38,7 +39,18 @@ constexpr uint8_t SmoothOutput(int32_t backward, int32_t forward) {
 // frame), then its pair columns in place in v.dst. `weight` is
 // KernelWeight() of the coefficient. `scratch` is in 32-bit lanes; with fewer
 // than 4 * MinScratchEntries(rows, pairs) of them nothing is written and
-// false is returned.
-bool SmoothBlurField(const FieldView& v, int32_t weight, std::span<int32_t> scratch);
+// false is returned. `level` picks the instruction set of the vertical pass;
+// every level gives the same bytes.
+bool SmoothBlurField(const FieldView& v, int32_t weight, std::span<int32_t> scratch,
+                     SimdLevel level = SimdLevel::scalar);
+
+// The vertical pass over one strip of `lanes` byte columns (a multiple of 4)
+// and `rows` rows `step` bytes apart, in place: a bottom-up recursion whose
+// accumulators are kept per row in `up` (rows * lanes entries), then a
+// top-down one that writes the outputs.
+using SmoothStripFn = void (*)(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
+void SmoothStripScalar(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
+// Eight columns per instruction; bit-exact with SmoothStripScalar.
+void SmoothStripSse2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
 
 }  // namespace zvf::filters
