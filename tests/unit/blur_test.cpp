@@ -70,6 +70,24 @@ TEST(BlurRecord, DescriptionMatchesTheLayoutAndDefaults) {
     EXPECT_EQ(reserved, 46080u);
 }
 
+TEST(BlurRecord, CoefficientFollowsARadiusWrittenByName) {
+    struct Case {
+        double radius;
+        int32_t stored;
+        uint32_t coefficient;
+    };
+    const Case cases[] = {{20, 20, 24833}, {1, 1, 128}, {0, 1, 128}, {250, 100, 31000}};  // clamped to the range
+    for (const Case& c : cases) {
+        BlurRecord r;
+        auto* payload = reinterpret_cast<uint8_t*>(&r);
+        WriteFieldValue(*FindField(kBlurRecord, "radius"), payload, c.radius);
+        ASSERT_NE(kBlurRecord.derive, nullptr);
+        kBlurRecord.derive(payload);
+        EXPECT_EQ(r.radius, c.stored);
+        EXPECT_EQ(r.coefficient, c.coefficient) << c.radius;
+    }
+}
+
 TEST(BlurStep, RadiusOneKeepsNearlyAllOfAnImpulse) {
     EXPECT_EQ(BlurStep(255, 0, 128), 254);  // 99.6 % of the sample stays
     EXPECT_EQ(BlurStep(0, 255, 128), 1);

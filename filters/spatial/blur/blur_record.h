@@ -44,7 +44,9 @@ inline constexpr FieldDesc kBlurFields[] = {
     {"reserved1", FieldType::Reserved, 8, 4 * kBlurReservedWords},
     {"reserved2", FieldType::Reserved, 8 + 4 * kBlurReservedWords, 4 * kBlurReservedWords},
 };
-inline constexpr RecordDesc kBlurRecord{kBlurFields, sizeof(BlurRecord)};
+// The coefficient follows the radius in payloads written field by field.
+void DeriveBlurCoefficient(uint8_t* payload);
+inline constexpr RecordDesc kBlurRecord{kBlurFields, sizeof(BlurRecord), DeriveBlurCoefficient};
 
 // Render threads read the coefficient while the dialog changes it on the
 // interface thread: both fields go through atomic accesses.
