@@ -22,13 +22,14 @@ std::vector<uint8_t> RandomBytes(size_t n, uint32_t seed) {
 // One field of a frame made from `pixels`, rendered into a copy of `before`
 // with `entries` scratch entries (0: enough for full strips).
 std::vector<uint8_t> RunSmooth(const std::vector<uint8_t>& pixels, std::vector<uint8_t> before, int32_t w, int32_t h,
-                               const Rect& r, int32_t field, int32_t weight, size_t entries = 0, bool* done = nullptr) {
+                               const Rect& r, int32_t field, int32_t weight, size_t entries = 0, bool* done = nullptr,
+                               SimdLevel level = SimdLevel::scalar) {
     std::vector<uint8_t> in = pixels;
     host::Frame src(in.data(), w, h), dst(before.data(), w, h);
     FieldView v;
     EXPECT_EQ(OpenField(&dst, &src, &r, field, &v), status::ok);
     std::vector<int32_t> scratch(kLanes * (entries ? entries : FullScratchEntries(v.rows, v.pairs)));
-    const bool ok = SmoothBlurField(v, weight, scratch);
+    const bool ok = SmoothBlurField(v, weight, scratch, level);
     if (done) *done = ok;
     return before;
 }
@@ -160,10 +161,14 @@ TEST(SmoothBlurKernel, ResultDoesNotDependOnTheScratchSize) {
     const std::vector<uint8_t> pixels = RandomBytes(w * h * 2, 4);
     const Rect all{0, 0, w, h};
     const std::vector<uint8_t> full = RunSmooth(pixels, pixels, w, h, all, 1, 25000);
-    for (size_t entries : {32, 33, 46, 15 * 5, 15 * 16, 10000}) {
-        bool done = false;
-        EXPECT_EQ(RunSmooth(pixels, pixels, w, h, all, 1, 25000, entries, &done), full) << entries;
-        EXPECT_TRUE(done);
+    // Below 64 entries the SSE2 rows go one at a time, from 64 two at a time.
+    for (SimdLevel level : {SimdLevel::scalar, SimdLevel::sse2}) {
+        for (size_t entries : {32, 33, 46, 63, 64, 15 * 5, 15 * 16, 10000}) {
+            bool done = false;
+            EXPECT_EQ(RunSmooth(pixels, pixels, w, h, all, 1, 25000, entries, &done, level), full)
+                << entries << " entries, level " << SimdLevelName(level);
+            EXPECT_TRUE(done);
+        }
     }
     bool done = true;
     EXPECT_EQ(RunSmooth(pixels, pixels, w, h, all, 1, 25000, 31, &done), pixels);

@@ -33,6 +33,10 @@ void SmoothRow(const uint8_t* src, uint8_t* dst, int32_t pairs, int32_t a, int32
 
 }  // namespace
 
+void SmoothRowsScalar(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
+    for (int32_t r = 0; r < v.rows; ++r) SmoothRow(v.src + r * v.step, v.dst + r * v.step, v.pairs, a, fwd.data());
+}
+
 // Both recursions carry one state per column along the rows.
 void SmoothStripScalar(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up) {
     int32_t state[4 * kStripPairs];
@@ -63,8 +67,9 @@ bool SmoothBlurField(const FieldView& v, int32_t a, std::span<int32_t> scratch, 
     if (v.rows <= 0 || v.pairs <= 0) return true;
     const int32_t strip = StripPairs(scratch.size() / kLanes, v.rows, v.pairs);
     if (strip == 0) return false;
-    for (int32_t r = 0; r < v.rows; ++r) SmoothRow(v.src + r * v.step, v.dst + r * v.step, v.pairs, a, scratch.data());
-    const SmoothStripFn vertical = level >= SimdLevel::sse2 ? SmoothStripSse2 : SmoothStripScalar;
+    const bool sse2 = level >= SimdLevel::sse2;
+    (sse2 ? SmoothRowsSse2 : SmoothRowsScalar)(v, a, scratch);
+    const SmoothStripFn vertical = sse2 ? SmoothStripSse2 : SmoothStripScalar;
     for (int32_t c = 0; c < v.pairs; c += strip) {
         const int32_t width = std::min(strip, v.pairs - c);
         vertical(v.dst + 4 * c, v.step, v.rows, 4 * width, a, scratch.data());

@@ -44,6 +44,13 @@ constexpr uint8_t SmoothOutput(int32_t backward, int32_t forward) {
 bool SmoothBlurField(const FieldView& v, int32_t weight, std::span<int32_t> scratch,
                      SimdLevel level = SimdLevel::scalar);
 
+// The horizontal pass over every row of the field, from v.src into v.dst,
+// with `fwd` holding at least 4 * v.pairs lanes.
+void SmoothRowsScalar(const FieldView& v, int32_t a, std::span<int32_t> fwd);
+// One pixel pair per instruction, of two rows at once when `fwd` holds
+// 8 * v.pairs lanes; bit-exact with SmoothRowsScalar.
+void SmoothRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
+
 // The vertical pass over one strip of `lanes` byte columns (a multiple of 4)
 // and `rows` rows `step` bytes apart, in place: a bottom-up recursion whose
 // accumulators are kept per row in `up` (rows * lanes entries), then a
