@@ -27,7 +27,7 @@ constexpr int32_t BlurStep(int32_t x, int32_t p, int32_t a) {
 // vertically, straight from the source. `weight` is KernelWeight() of the
 // coefficient. `scratch` is in 32-bit lanes; with fewer than
 // 4 * MinScratchEntries(rows, pairs) of them nothing is written and false is
-// returned. `level` picks the instruction set of the vertical pass; every
+// returned. `level` picks the instruction set of both passes; every
 // level gives the same bytes.
 bool BlurField(const FieldView& v, int32_t weight, std::span<int32_t> scratch, SimdLevel level = SimdLevel::scalar);
 

@@ -39,7 +39,7 @@ constexpr uint8_t SmoothOutput(int32_t backward, int32_t forward) {
 // frame), then its pair columns in place in v.dst. `weight` is
 // KernelWeight() of the coefficient. `scratch` is in 32-bit lanes; with fewer
 // than 4 * MinScratchEntries(rows, pairs) of them nothing is written and
-// false is returned. `level` picks the instruction set of the vertical pass;
+// false is returned. `level` picks the instruction set of both passes;
 // every level gives the same bytes.
 bool SmoothBlurField(const FieldView& v, int32_t weight, std::span<int32_t> scratch,
                      SimdLevel level = SimdLevel::scalar);
