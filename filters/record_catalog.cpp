@@ -2,12 +2,16 @@
 
 #include "spatial/block_color/block_color_record.h"
 #include "spatial/blur/blur_record.h"
+#include "temporal/anti_flicker/anti_flicker_record.h"
+#include "temporal/strobe_freeze/strobe_record.h"
 
 namespace zvf::filters {
 namespace {
 
 constexpr CatalogEntry kCatalog[] = {
     {u"Velmora Co., Ltd. SolidColor Video Filter", &kBlockColorRecord},
+    {u"Velmora Co., Ltd. Strobe Video Filter", &kStrobeRecord},
+    {u"Velmora Co., Ltd. AntiFlicker Video Filter", &kAntiFlickerRecord},
     {u"Velmora Co., Ltd. Blur Video Filter", &kBlurRecord},
     {u"Velmora Co., Ltd. BlurHQ Video Filter", &kBlurRecord},
 };

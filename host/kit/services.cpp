@@ -182,9 +182,9 @@ Status HostObject::QueryInterface(const Guid* iid, void** out) {
         *out = static_cast<IHost*>(this);
     else if (*iid == iid::IFilterRegistry && options_.registry)
         *out = static_cast<IFilterRegistry*>(registry_);
-    else if (*iid == iid::IFieldSync)
+    else if (*iid == iid::IFieldSync && options_.fieldSync)
         *out = static_cast<IFieldSync*>(&services_->sync);
-    else if (*iid == iid::IFrameCopy)
+    else if (*iid == iid::IFrameCopy && options_.frameCopy)
         *out = static_cast<IFrameCopy*>(&services_->copy);
     else if (*iid == iid::IProjectFormat)
         *out = static_cast<IProjectFormat*>(&services_->format);

@@ -17,6 +17,8 @@ struct HostOptions {
     bool registry = true;          // answer IFilterRegistry
     Status registryResult = 0;     // a negative value refuses every filter
     bool sharedObject = true;      // CreateObject yields the shared host object
+    bool fieldSync = true;         // answer the field synchronisation service
+    bool frameCopy = true;         // answer the frame copy service
     FrameFormat projectFormat{1920, 1080, 16, 1};
     uint32_t processorFeatures;    // defaults to what this processor has
     HostOptions();
