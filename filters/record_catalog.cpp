@@ -5,6 +5,7 @@
 #include "colour/color_wheel/color_wheel_record.h"
 #include "colour/yuv_curve/yuv_curve_record.h"
 #include "spatial/block_color/block_color_record.h"
+#include "spatial/blur/blur_record.h"
 #include "temporal/anti_flicker/anti_flicker_record.h"
 #include "temporal/strobe_freeze/strobe_record.h"
 #include "temporal/matrix/matrix_record.h"
@@ -27,6 +28,8 @@ constexpr CatalogEntry kCatalog[] = {
     {u"Velmora Co., Ltd. ColorCorrectionYUV Video Filter", &kYuvCurveRecord},
     {u"Velmora Co., Ltd. Mirror Video Filter", &kMirrorRecord},
     {u"Velmora Co., Ltd. Emboss Video Filter", &kEmbossRecord},
+    {u"Velmora Co., Ltd. Blur Video Filter", &kBlurRecord},
+    {u"Velmora Co., Ltd. BlurHQ Video Filter", &kBlurRecord},
 };
 
 }  // namespace

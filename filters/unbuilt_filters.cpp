@@ -36,8 +36,6 @@ ZVF_UNBUILT_PLAIN(CreateLoopSlide, FamilyA(u"Velmora Co., Ltd. LoopSlide Video F
 ZVF_UNBUILT_PLAIN(CreateTunnelVision, FamilyA(u"Velmora Co., Ltd. Tunnel Video Filter", 10034, kCategoryTop, caps::kPlain))
 ZVF_UNBUILT_HOST(CreateRasterWipe, FamilyB(u"Velmora Co., Ltd. RasterScroll Video Filter", 10257))
 ZVF_UNBUILT_HOST(CreateWhiteBalance, FamilyA(u"Velmora Co., Ltd. WhiteBalance Video Filter", 10037, kCategoryTop))
-ZVF_UNBUILT_HOST(CreateBlur, FamilyB(u"Velmora Co., Ltd. Blur Video Filter", 10201))
-ZVF_UNBUILT_HOST(CreateSmoothBlur, FamilyB(u"Velmora Co., Ltd. BlurHQ Video Filter", 10208, caps::kPlain))
 ZVF_UNBUILT_HOST(CreatePencilSketch, FamilyB(u"Velmora Co., Ltd. PencilSketch Video Filter", 10222))
 ZVF_UNBUILT_HOST(CreateMosaic, FamilyB(u"Velmora Co., Ltd. Mosaic Video Filter", 10229))
 ZVF_UNBUILT_HOST(CreateMotionBlur, FamilyB(u"Velmora Co., Ltd. MotionBlur Video Filter", 10236, caps::kTemporal))

@@ -46,6 +46,10 @@ struct FieldDesc {
 struct RecordDesc {
     std::span<const FieldDesc> fields;
     uint32_t payloadSize;  // fixed part; variable-length records add to it
+    // Recomputes the fields derived from others (Blur's coefficient from its
+    // radius), as the filter's dialog does; call it after writing fields by
+    // name. Null when no field is derived.
+    void (*derive)(uint8_t* payload) = nullptr;
 };
 
 // Reads element `index` of a field from payload bytes (little-endian).

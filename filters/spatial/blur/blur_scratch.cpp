@@ -1,0 +1,59 @@
+#include "blur_scratch.h"
+
+#include <algorithm>
+
+namespace zvf::filters {
+namespace {
+
+// A host reporting an absurd frame size must not make Prepare reserve
+// gigabytes; larger rectangles still get their buffer on demand.
+constexpr int32_t kMaxPreparedLine = 1 << 16;
+
+bool Resize(std::vector<int32_t>& buffer, size_t entries) {
+    try {
+        buffer.resize(entries * kLanes);
+        return true;
+    } catch (...) {  // bad_alloc, or length_error past the vector's limit
+        buffer = std::vector<int32_t>();
+        return false;
+    }
+}
+
+}  // namespace
+
+size_t MinScratchEntries(int32_t rows, int32_t pairs) {
+    return static_cast<size_t>(std::max({rows, pairs, int32_t{0}}));
+}
+
+size_t FullScratchEntries(int32_t rows, int32_t pairs) {
+    if (rows <= 0 || pairs <= 0) return 0;
+    const size_t strip = static_cast<size_t>(std::min(pairs, kStripPairs));
+    return std::max(static_cast<size_t>(pairs), static_cast<size_t>(rows) * strip);
+}
+
+int32_t StripPairs(size_t entries, int32_t rows, int32_t pairs) {
+    if (rows <= 0 || pairs <= 0 || entries < MinScratchEntries(rows, pairs)) return 0;
+    const size_t fit = entries / static_cast<size_t>(rows);
+    return static_cast<int32_t>(std::min<size_t>(fit, static_cast<size_t>(std::min(pairs, kStripPairs))));
+}
+
+bool FieldScratch::Prepare(int32_t lineLength) {
+    const int32_t m = std::clamp(lineLength, int32_t{0}, kMaxPreparedLine);
+    bool ok = true;
+    for (std::vector<int32_t>& b : buffers_) {
+        b = std::vector<int32_t>();
+        ok = Resize(b, static_cast<size_t>(m) * kStripPairs) && ok;
+    }
+    return ok;
+}
+
+std::span<int32_t> FieldScratch::For(int32_t field, int32_t rows, int32_t pairs) {
+    std::vector<int32_t>& b = buffers_[Index(field)];
+    if (b.size() / kLanes < MinScratchEntries(rows, pairs)) {
+        b = std::vector<int32_t>();
+        if (!Resize(b, FullScratchEntries(rows, pairs))) return {};
+    }
+    return b;
+}
+
+}  // namespace zvf::filters

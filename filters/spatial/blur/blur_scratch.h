@@ -1,0 +1,45 @@
+// Per-field scratch storage of the recursive blurs. Each field selector has
+// its own buffer, so the two fields of a frame can render at the same time.
+// Storage is counted in entries of four 32-bit lanes (one pixel pair).
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace zvf::filters {
+
+// The vertical pass sweeps the rows of a strip of this many pair columns at a
+// time, keeping one recursion state per column: 64 bytes of each row, one
+// cache line, instead of walking a column down the frame.
+constexpr int32_t kStripPairs = 16;
+constexpr size_t kLanes = 4;
+
+// Fewest entries a field of rows x pairs can be filtered with (the strip is
+// then one pair wide).
+size_t MinScratchEntries(int32_t rows, int32_t pairs);
+// Entries for full-width strips.
+size_t FullScratchEntries(int32_t rows, int32_t pairs);
+// Pair columns per vertical strip that `entries` allow; 0 when fewer than
+// MinScratchEntries.
+int32_t StripPairs(size_t entries, int32_t rows, int32_t pairs);
+
+class FieldScratch {
+public:
+    // Frees both buffers and reallocates them for lines of up to
+    // `lineLength` samples (the longer side of the project's frame). False
+    // when memory runs out; the buffers are then empty and grow on demand.
+    bool Prepare(int32_t lineLength);
+    // The buffer of `field` (the first for selector 1, the second for any
+    // other), grown first when it cannot hold a field of rows x pairs. Empty
+    // when memory runs out.
+    std::span<int32_t> For(int32_t field, int32_t rows, int32_t pairs);
+    size_t Entries(int32_t field) const { return buffers_[Index(field)].size() / kLanes; }
+
+private:
+    static int Index(int32_t field) { return field == 1 ? 0 : 1; }
+    std::vector<int32_t> buffers_[2];
+};
+
+}  // namespace zvf::filters
