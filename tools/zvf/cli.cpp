@@ -25,6 +25,7 @@ int Run(int argc, const char* const* argv, const Streams& io) {
     CLI::App app("zvf: runs ZelVideoFilters.tpi's filters from the command line", "zvf");
     app.footer(kFooter);
     app.require_subcommand(1);
+    app.fallthrough();  // --module may follow the subcommand
     std::string module = host::DefaultModulePath();
     app.add_option("--module", module, "The module to load (default: beside zvf)");
 
@@ -48,6 +49,7 @@ int Run(int argc, const char* const* argv, const Streams& io) {
 
     CLI::App* blobCmd = app.add_subcommand("blob", "Parameter blobs as the module saves and loads them");
     blobCmd->require_subcommand(1);
+    blobCmd->fallthrough();
     BlobSaveOptions save;
     CLI::App* saveCmd = blobCmd->add_subcommand("save", "Writes the blob the filter's SaveParameters produces");
     saveCmd->add_option("filter", save.filter, "FILTER[@file.blob][:name=value...]")->required();
