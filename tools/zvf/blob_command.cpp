@@ -106,6 +106,17 @@ int BlobShowCommand(const std::string& module, const BlobShowOptions& o, const S
             text += "    " + std::string(f.name) + " = " + shown + "\n";
         }
     }
+    if (d.record == nullptr && headerWhole) {
+        // No description to name the fields by: the record's bytes as they are.
+        std::string hex;
+        for (size_t i = *offset; i < bytes.size(); ++i) {
+            char b[4];
+            std::snprintf(b, sizeof b, "%02x", bytes[i]);
+            hex += b;
+        }
+        j["recordHex"] = hex;
+        text += "    (no parameter description) " + hex + "\n";
+    }
     j["fields"] = fields;
     j["loads"] = d.verdict == blob::Verdict::Ok;
     j["reason"] = d.verdict == blob::Verdict::Ok ? nlohmann::json() : nlohmann::json(Reason(d));

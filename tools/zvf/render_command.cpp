@@ -53,6 +53,8 @@ struct File {
 int RenderCommand(const std::string& module, const RenderOptions& o, const Streams& io) {
     // Everything that can be refused from the command line is refused before
     // any file is touched.
+    if (o.output == "-" && isatty(fileno(io.out)) != 0)
+        throw CliError(kExitUsage, "not writing video to a terminal: give -o FILE or redirect stdout");
     std::optional<VideoFormat> raw;
     if (!o.size.empty()) raw = RawInputFormat(o);
     Session session(module);

@@ -66,7 +66,7 @@ bool VideoReader::Next(std::vector<uint8_t>* packed) {
         bool eof = false;
         if (!ReadLine(&line, kHeaderLimit, &eof)) {
             if (eof && line.empty()) return false;
-            throw CliError(kExitBadInput, which + ": truncated frame marker");
+            throw CliError(kExitBadInput, which + (eof ? ": truncated frame marker" : ": frame marker longer than 65536 bytes"));
         }
         if (line.compare(0, kFrameMarker.size(), kFrameMarker) != 0 ||
             (line.size() > kFrameMarker.size() && line[kFrameMarker.size()] != ' '))
