@@ -8,7 +8,7 @@ Chain::Chain(Session& session, const std::vector<std::string>& specs) {
     for (const std::string& text : specs) {
         size_t index = 0;
         Stage stage;
-        stage.instance = session.Configure(ParseFilterSpec(text), &index, nullptr);
+        stage.instance = session.Configure(ParseFilterSpec(text), &index, nullptr, &notes_);
         stage.name = session.Name(index);
         // Refuse before any file is opened, not at the first frame.
         if (!session.RenderBuilt(index))

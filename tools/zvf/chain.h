@@ -18,6 +18,8 @@ public:
     ~Chain();
 
     size_t Size() const { return stages_.size(); }
+    // Values the module did not keep as given.
+    const std::vector<std::string>& Notes() const { return notes_; }
     // Renders one packed frame through every filter. Calls PrepareRender on
     // each instance before the first frame. Throws CliError (module) when a
     // filter answers with a failure; 0x80004001 says rendering is not built.
@@ -30,6 +32,7 @@ private:
     };
     std::vector<Stage> stages_;
     std::vector<uint8_t> scratch_;
+    std::vector<std::string> notes_;
     bool prepared_ = false;
 };
 

@@ -24,8 +24,10 @@ struct Tile {
 };
 
 // The picture through one filter with `pairs`; throws CliError.
-std::vector<uint8_t> RenderDemo(Session& session, const std::string& spec, const std::vector<uint8_t>& picture) {
+std::vector<uint8_t> RenderDemo(Session& session, const std::string& spec, const std::vector<uint8_t>& picture,
+                                std::vector<std::string>* notes) {
     Chain chain(session, {spec});
+    notes->insert(notes->end(), chain.Notes().begin(), chain.Notes().end());
     std::vector<uint8_t> frame;
     for (uint32_t n = 0; n < kFrames; ++n) {
         frame = picture;
@@ -54,12 +56,12 @@ int DemoCommand(const std::string& module, const DemoOptions& o, const Streams& 
         const std::string pairs(TellingParameters(host::IdentifierKey(id)));
         Tile tile{name, pairs, {}};
         try {
-            tile.frame = RenderDemo(session, pairs.empty() ? id : id + ":" + pairs, picture);
+            tile.frame = RenderDemo(session, pairs.empty() ? id : id + ":" + pairs, picture, &notes);
         } catch (const CliError& e) {
             if (pairs.empty() || e.Code() != kExitUsage) throw;
             notes.push_back(name + ": " + e.what() + "; shown with its defaults");
             tile.parameters.clear();
-            tile.frame = RenderDemo(session, id, picture);
+            tile.frame = RenderDemo(session, id, picture, &notes);
         }
         tiles.push_back(std::move(tile));
     }

@@ -59,6 +59,7 @@ int RenderCommand(const std::string& module, const RenderOptions& o, const Strea
     if (!o.size.empty()) raw = RawInputFormat(o);
     Session session(module);
     Chain chain(session, o.filters);
+    for (const std::string& note : chain.Notes()) std::fprintf(io.err, "zvf: note: %s\n", note.c_str());
 
     File in{o.input == "-" ? io.in : std::fopen(o.input.c_str(), "rb"), o.input != "-"};
     if (in.f == nullptr) throw CliError(kExitIo, "cannot open " + o.input + ": " + std::strerror(errno));

@@ -68,7 +68,8 @@ std::optional<size_t> PayloadOffset(const std::vector<uint8_t>& blob) {
     return static_cast<size_t>(n) + 12;
 }
 
-std::unique_ptr<host::Instance> Session::Configure(const FilterSpec& spec, size_t* index, std::vector<uint8_t>* blob) {
+std::unique_ptr<host::Instance> Session::Configure(const FilterSpec& spec, size_t* index, std::vector<uint8_t>* blob,
+                                                   std::vector<std::string>* notes) {
     const size_t i = Find(spec.filter);
     *index = i;
     const std::string name = Name(i);
@@ -96,10 +97,25 @@ std::unique_ptr<host::Instance> Session::Configure(const FilterSpec& spec, size_
         instance = module_->Create(i, &saved, 0, &s);
         if (!instance) throw CliError(kExitModule, name + ": CreateInstance failed with " + Hex(static_cast<uint32_t>(s)));
     }
-    if (blob != nullptr) {
-        s = instance->Save(blob);
+    std::vector<uint8_t> kept;
+    if (blob != nullptr || (!spec.pairs.empty() && notes != nullptr)) {
+        s = instance->Save(&kept);
         if (s != status::ok) throw CliError(kExitModule, name + ": SaveParameters failed with " + Hex(static_cast<uint32_t>(s)));
     }
+    const auto keptOffset = PayloadOffset(kept);
+    if (!spec.pairs.empty() && notes != nullptr && keptOffset && kept.size() == saved.size()) {
+        const size_t at = *keptOffset;
+        for (const auto& [field, value] : spec.pairs) {
+            const FieldDesc* f = FindField(*record, field);
+            std::string was, now;
+            for (uint32_t e = 0; e < f->count; ++e) {
+                was += (e ? "," : "") + FormatValue(ReadFieldValue(*f, saved.data() + at, e), f->type);
+                now += (e ? "," : "") + FormatValue(ReadFieldValue(*f, kept.data() + at, e), f->type);
+            }
+            if (was != now) notes->push_back(name + ": " + field + "=" + value + " was not kept; the module holds " + now);
+        }
+    }
+    if (blob != nullptr) *blob = std::move(kept);
     return instance;
 }
 

@@ -47,8 +47,11 @@ public:
     bool RenderBuilt(size_t index);
 
     // An instance with the specification's parameters; `blob` receives what
-    // its SaveParameters writes. Throws CliError naming the problem.
-    std::unique_ptr<host::Instance> Configure(const FilterSpec& spec, size_t* index, std::vector<uint8_t>* blob);
+    // its SaveParameters writes. A value the module did not keep as given (a
+    // field it derives from others, say) adds a line to `notes`. Throws
+    // CliError naming the problem.
+    std::unique_ptr<host::Instance> Configure(const FilterSpec& spec, size_t* index, std::vector<uint8_t>* blob,
+                                              std::vector<std::string>* notes = nullptr);
 
 private:
     LanguageScope language_;
