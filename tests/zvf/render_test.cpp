@@ -13,6 +13,8 @@ namespace {
 
 constexpr int kW = 24, kH = 10, kFrames = 3;
 
+std::vector<std::vector<uint8_t>> Direct(const std::vector<std::string>& chain, std::vector<std::vector<uint8_t>> frames);
+
 std::vector<std::string> BuiltIdentifiers() {
     const ZvfResult list = RunZvf({"list", "--json"});
     std::vector<std::string> out;
@@ -35,8 +37,9 @@ std::vector<std::vector<uint8_t>> PackedFrames(const std::string& clip) {
     return frames;
 }
 
-// Each filter over every frame with its defaults, one field after the other,
-// filter by filter over the whole clip.
+// Each filter over every frame with its defaults, filter by filter over the
+// whole clip; the two fields at once, paired by the host's synchronisation
+// as zvf renders them (a filter may look at the other field's source).
 std::vector<std::vector<uint8_t>> Direct(const std::vector<std::string>& chain, std::vector<std::vector<uint8_t>> frames) {
     auto module = host::LoadedModule::Load(host::DefaultModulePath());
     for (const std::string& id : chain) {
@@ -45,7 +48,7 @@ std::vector<std::vector<uint8_t>> Direct(const std::vector<std::string>& chain, 
         for (size_t n = 0; n < frames.size(); ++n) {
             std::vector<uint8_t> out = frames[n];
             host::Frame src(frames[n].data(), kW, kH, 1), dst(out.data(), kW, kH, 1);
-            EXPECT_EQ(instance->RenderFrame(dst, src, static_cast<uint32_t>(n)), 0);
+            EXPECT_EQ(instance->RenderFrame(dst, src, static_cast<uint32_t>(n), true), 0);
             frames[n] = out;
         }
     }
@@ -59,6 +62,12 @@ std::vector<std::vector<uint8_t>> ThroughZvf(const std::vector<std::string>& cha
     EXPECT_EQ(r.code, 0) << r.err;
     EXPECT_EQ(r.out.substr(0, r.out.find('\n')), clip.substr(0, clip.find('\n')));
     return PackedFrames(r.out);
+}
+
+// Filters whose output is meant to differ from run to run (noise seeded
+// afresh on every call) cannot be compared frame for frame.
+bool Reproducible(const std::string& id, const std::vector<std::vector<uint8_t>>& frames) {
+    return Direct({id}, frames) == Direct({id}, frames);
 }
 
 TEST(Render, NoFiltersCopiesTheStream) {
@@ -75,14 +84,20 @@ TEST(Render, EveryBuiltFilterEqualsTheHostKit) {
     ASSERT_EQ(frames.size(), size_t{kFrames});
     for (const std::string& id : BuiltIdentifiers()) {
         SCOPED_TRACE(id);
-        EXPECT_EQ(ThroughZvf({id}, clip), Direct({id}, frames));
+        const auto viaZvf = ThroughZvf({id}, clip);
+        EXPECT_EQ(viaZvf.size(), frames.size());
+        if (Reproducible(id, frames)) {
+            EXPECT_EQ(viaZvf, Direct({id}, frames));
+        }
     }
 }
 
 TEST(Render, ChainOfTwoEqualsOneAfterTheOther) {
     const std::string clip = Y4mClip(kW, kH, kFrames);
     const auto frames = PackedFrames(clip);
-    const std::vector<std::string> built = BuiltIdentifiers();
+    std::vector<std::string> built;
+    for (const std::string& id : BuiltIdentifiers())
+        if (Reproducible(id, frames)) built.push_back(id);
     ASSERT_FALSE(built.empty());
     for (size_t i = 0; i < built.size(); ++i) {
         const std::string& a = built[i];

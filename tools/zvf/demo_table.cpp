@@ -21,8 +21,12 @@ constexpr Entry kTable[] = {
     {"Noise", "ratio=40"},                           // visible grain on the flat ramps
     {"Strobe", "interval=2:duration=1"},
     {"Monotone", "u=108:v=148"},                     // sepia
-    {"Matrix", "k00=-1:k01=-1:k02=-1:k10=-1:k11=9:k12=-1:k20=-1:k21=-1:k22=-1:normalize=1"},  // sharpen
-    {"ColorCorrectionColor", "red_cyan=60:blue_yellow=-60"},
+    // A four-neighbour sharpen; a centre of 9 would wrap its normalised
+    // coefficient to a negative one and turn the picture white.
+    {"Matrix", "k01=-1:k10=-1:k11=5:k12=-1:k21=-1:normalize=1"},
+    // Towards red and yellow, with the chroma offsets the dialog derives:
+    // U = (127B - 86G - 44R) / 127, V = (127R - 109G - 21B) / 127.
+    {"ColorCorrectionColor", "red_cyan=60:blue_yellow=-60:u_offset=-80:v_offset=69"},
     // A third of a turn, with the sine and cosine the dialog derives (x 16384).
     {"ColorCorrectionUV", "hue=2.0943951023931953:sine=14189:cosine=-8192:saturation=30"},
 };
