@@ -56,8 +56,10 @@ const RecordDesc* Session::Record(size_t index) const { return filters::FindReco
 bool Session::RenderBuilt(size_t index) {
     auto instance = module_->Create(index);
     if (!instance) return false;
+    // Both fields together, as zvf renders: a filter may read the other
+    // field's source of the same frame.
     host::Frame src(4, 2), dst(4, 2);
-    return instance->RenderField(dst, src, Rect{0, 0, 4, 2}, 0) != status::not_implemented;
+    return instance->RenderFrame(dst, src, 0, true) != status::not_implemented;
 }
 
 std::optional<size_t> PayloadOffset(const std::vector<uint8_t>& blob) {
