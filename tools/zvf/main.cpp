@@ -1,33 +1,21 @@
 // zvf: command-line host for ZelVideoFilters.tpi, built on the host kit.
-#include <cstdio>
-#include <cstring>
-#include <string>
+#include <csignal>
 
-#include "kit/host_kit.h"
+#include "commands.h"
 
-namespace {
-
-int List(const std::string& modulePath) {
-    std::string error;
-    auto module = zvf::host::LoadedModule::Load(modulePath, zvf::host::HostOptions(), &error);
-    if (!module) {
-        std::fprintf(stderr, "zvf: %s\n", error.c_str());
-        return 1;
-    }
-    for (size_t i = 0; i < module->FilterCount(); ++i) {
-        const zvf::host::FilterIdentity id = module->Identity(i);
-        std::printf("%2zu  %-16s  %-20s  %s\n    %s | %s | kind %u, version 0x%08X\n", i + 1, id.name.c_str(),
-                    id.category.c_str(), id.description.c_str(), id.identifier.c_str(), id.vendor.c_str(), id.kind,
-                    id.version);
-    }
-    return 0;
-}
-
-}  // namespace
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#endif
 
 int main(int argc, char** argv) {
-    std::string command = argc > 1 ? argv[1] : "list";
-    if (command == "list") return List(zvf::host::DefaultModulePath());
-    std::fprintf(stderr, "usage: zvf list\n");
-    return 2;
+#ifdef _WIN32
+    // Video through stdin and stdout must not meet newline translation.
+    _setmode(_fileno(stdin), _O_BINARY);
+    _setmode(_fileno(stdout), _O_BINARY);
+#else
+    // A reader that goes away shows up as EPIPE on write, not a signal.
+    std::signal(SIGPIPE, SIG_IGN);
+#endif
+    return zvf::cli::Run(argc, argv, zvf::cli::Streams());
 }
