@@ -94,6 +94,25 @@ TEST(Blob, BlobAndPairsTogether) {
     EXPECT_EQ(b.substr(98), std::string("\x0a\x63\x1e", 3));
 }
 
+// Derived fields follow the written ones unless named themselves:
+// 32768 x 256^(-1/20) = 24833.5, truncated; an explicit coefficient stays.
+TEST(Blob, DerivedFieldsFollowTheirSources) {
+    ScratchDir dir;
+    struct Case {
+        std::string spec;
+        double coefficient;
+    } cases[] = {{"blur:radius=20", 24833}, {"blur:radius=20:coefficient=1000", 1000}};
+    for (const Case& c : cases) {
+        ASSERT_EQ(RunZvf({"blob", "save", c.spec, "-o", dir / "d.blob"}).code, 0) << c.spec;
+        const auto j = nlohmann::json::parse(RunZvf({"blob", "show", "--json", dir / "d.blob"}).out);
+        for (const auto& field : j["fields"]) {
+            if (field["name"] == "coefficient") {
+                EXPECT_EQ(field["values"][0].get<double>(), c.coefficient) << c.spec;
+            }
+        }
+    }
+}
+
 // A filter without a record description still saves and shows its blob;
 // the record comes as bytes, and pairs are refused.
 TEST(Blob, FilterWithoutDescription) {

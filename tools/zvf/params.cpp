@@ -51,7 +51,9 @@ FilterSpec ParseFilterSpec(std::string_view text) {
     return s;
 }
 
-void ApplyPairs(const RecordDesc& record, std::span<uint8_t> payload,
+namespace {
+
+void WritePairs(const RecordDesc& record, std::span<uint8_t> payload,
                 const std::vector<std::pair<std::string, std::string>>& pairs, std::string_view filterName) {
     for (const auto& [name, value] : pairs) {
         const FieldDesc* f = FindField(record, name);
@@ -73,6 +75,18 @@ void ApplyPairs(const RecordDesc& record, std::span<uint8_t> payload,
         for (uint32_t i = 0; i < items.size(); ++i)
             WriteFieldValue(*f, payload.data(), ParseNumber(items[i], *f, filterName), i);
     }
+}
+
+}  // namespace
+
+void ApplyPairs(const RecordDesc& record, std::span<uint8_t> payload,
+                const std::vector<std::pair<std::string, std::string>>& pairs, std::string_view filterName) {
+    WritePairs(record, payload, pairs, filterName);
+    // Derived fields follow the ones written (Blur's coefficient its radius),
+    // as in the dialog; a derived field named in the pairs keeps its value.
+    if (pairs.empty() || record.derive == nullptr || payload.size() < record.payloadSize) return;
+    record.derive(payload.data());
+    WritePairs(record, payload, pairs, filterName);
 }
 
 const char* TypeName(FieldType type) {
