@@ -36,18 +36,13 @@ void RenderRows(const FieldView& v, const WheelPlan& p) {
 
 }  // namespace
 
-int32_t GainFromSetting(int32_t setting) {
-    const int32_t p = Clamp(setting, -128, 127);
-    return p < 0 ? ((p + 128) * 256) / 128 : (p * 256) / 32 + 256;
-}
-
 WheelPlan PlanWheel(const ColorWheelRecord& record) {
     WheelPlan p;
     p.safe = record.safeColour != 0;
     p.bright = Clamp(record.bright, -128, 127);
     p.gain = record.saturation != 0 || record.contrast != 0;
-    p.lumaGain = record.contrast != 0 ? GainFromSetting(record.contrast) : 256;
-    const int32_t chromaGain = record.saturation != 0 ? GainFromSetting(record.saturation) : 256;
+    p.lumaGain = record.contrast != 0 ? GainFromSetting(Clamp(record.contrast, -128, 127)) : 256;
+    const int32_t chromaGain = record.saturation != 0 ? GainFromSetting(Clamp(record.saturation, -128, 127)) : 256;
     // |term| <= 32768 and gain <= 1272: the products stay far inside 32 bits.
     p.kc = (int32_t{record.cosine} * chromaGain) >> 8;
     p.ks = (int32_t{record.sine} * chromaGain) >> 8;

@@ -6,13 +6,11 @@
 #include <cstdint>
 
 #include "color_wheel_record.h"
+#include "colour/color_balance/color_balance_record.h"  // GainFromSetting, shared with Color Balance
 #include "zvf/field.h"
 
 namespace zvf::filters {
 
-// Gain in 256ths for a -128..127 setting: 0..254 below zero, 256..1272 from
-// zero up. Settings outside the range count as its nearest end.
-int32_t GainFromSetting(int32_t setting);
 
 // What a render needs, derived once from the record.
 struct WheelPlan {
