@@ -1,0 +1,187 @@
+// Every built filter's kernel called directly (no module, no interface),
+// both fields of a frame, at 1920x1080 and 3840x2160, at the scalar level and
+// at the best level this processor has, beside a plain copy of the same rows.
+// The parameters are the demo's, so no kernel meets only its identity case.
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "colour/color_balance/color_balance_kernel.h"
+#include "colour/color_wheel/color_wheel_kernel.h"
+#include "colour/monotone/monotone_kernel.h"
+#include "colour/yuv_curve/yuv_curve_kernel.h"
+#include "kit/services.h"
+#include "spatial/block_color/block_color_kernel.h"
+#include "spatial/blur/blur_kernel.h"
+#include "spatial/blur/blur_record.h"
+#include "spatial/blur/blur_scratch.h"
+#include "spatial/emboss/emboss_kernel.h"
+#include "spatial/mirror/mirror_kernel.h"
+#include "spatial/smooth_blur/smooth_blur_kernel.h"
+#include "temporal/anti_flicker/anti_flicker_kernel.h"
+#include "temporal/matrix/matrix_coefficients.h"
+#include "temporal/matrix/matrix_kernel.h"
+#include "temporal/video_noise/video_noise_kernel.h"
+#include "zvf/field.h"
+#include "zvf/simd_level.h"
+
+namespace {
+
+using namespace zvf;
+using namespace zvf::filters;
+
+struct Size {
+    int32_t w, h;
+    const char* name;
+};
+constexpr Size kSizes[] = {{1920, 1080, "1080p"}, {3840, 2160, "2160p"}};
+
+struct Frames {
+    explicit Frames(const Size& s) : w(s.w), h(s.h), src(static_cast<size_t>(s.w) * s.h * 2), dst(src.size()) {
+        for (int32_t y = 0; y < h; ++y)
+            for (int32_t x = 0; x < w * 2; ++x)
+                src[static_cast<size_t>(y) * w * 2 + x] = static_cast<uint8_t>((x * 7 + y * 13 + (x * y >> 5)) & 0xFF);
+    }
+    FieldView Field(int32_t odd) {
+        FieldView v;
+        const ptrdiff_t pitch = static_cast<ptrdiff_t>(w) * 2;
+        v.dst = dst.data() + odd * pitch;
+        v.src = src.data() + odd * pitch;
+        v.step = 2 * pitch;
+        v.rows = (h - odd + 1) / 2;
+        v.pairs = w / 2;
+        v.dstFrame = dst.data();
+        v.srcFrame = src.data();
+        v.pitch = static_cast<int32_t>(pitch);
+        v.width = v.width_px = w;
+        v.height = h;
+        v.firstRow = odd;
+        v.odd = odd;
+        return v;
+    }
+    int32_t w, h;
+    std::vector<uint8_t> src, dst;
+};
+
+using Kernel = std::function<void(Frames&, FieldView&, SimdLevel)>;
+
+ColorBalanceRecord WarmBalance() {
+    ColorBalanceRecord r;
+    r.redCyan = 60;
+    r.blueYellow = -60;
+    r.contrast = 20;
+    r.uOffset = -80;
+    r.vOffset = 69;
+    return r;
+}
+
+ColorWheelRecord ThirdTurn() {
+    ColorWheelRecord r;
+    r.sine = 14189;
+    r.cosine = -8192;
+    r.saturation = 30;
+    return r;
+}
+
+MatrixRecord Sharpen() {
+    MatrixRecord r;
+    const int32_t k[9] = {0, -1, 0, -1, 5, -1, 0, -1, 0};
+    std::memcpy(r.kernel, k, sizeof k);
+    return r;
+}
+
+YuvCurveRecord Lifted() {
+    YuvCurveRecord r;
+    r.points[0] = {{0, 16}, {255, 235}};
+    return r;
+}
+
+std::vector<std::pair<std::string, Kernel>> Kernels() {
+    const int32_t blurWeight = KernelWeight(20642);  // radius 12, as the dialog derives it
+    return {
+        {"Monotone", [](Frames&, FieldView& v, SimdLevel l) { SelectMonotoneKernel(l)(v, 108, 148); }},
+        {"Video Noise",
+         [](Frames&, FieldView& v, SimdLevel l) {
+             (l == SimdLevel::scalar ? AddNoiseField : AddNoiseFieldSse2)(v, NoiseWeight(40), false, 12345u);
+         }},
+        {"Matrix",
+         [c = DeriveMatrixCoefficients(Sharpen())](Frames&, FieldView& v, SimdLevel l) { ConvolveMatrixField(v, c, l); }},
+        {"Anti Flicker",
+         [](Frames& f, FieldView& v, SimdLevel l) {
+             // The other parity's rows of the same source as the neighbours.
+             const uint8_t* other = v.odd ? f.src.data() : f.src.data() + v.pitch;
+             BlendField(v.src, other, v.dst, v.pitch, v.rows, v.pairs, AntiFlickerWeight(100), BlendRowsFor(l));
+         }},
+        {"Mirror", [](Frames&, FieldView& v, SimdLevel) { MirrorField(v, true, true); }},
+        {"Blur",
+         [blurWeight](Frames&, FieldView& v, SimdLevel l) {
+             static thread_local std::vector<int32_t> scratch;
+             scratch.resize(kLanes * MinScratchEntries(v.rows, v.pairs));
+             BlurField(v, blurWeight, scratch, l);
+         }},
+        {"Smooth Blur",
+         [blurWeight](Frames&, FieldView& v, SimdLevel l) {
+             static thread_local std::vector<int32_t> scratch;
+             scratch.resize(kLanes * MinScratchEntries(v.rows, v.pairs));
+             SmoothBlurField(v, blurWeight, scratch, l);
+         }},
+        {"Emboss",
+         [](Frames&, FieldView& v, SimdLevel l) {
+             EmbossField(v, 3, 2, l == SimdLevel::scalar ? EmbossSpan : EmbossSpanSse2);
+         }},
+        {"Block Color", [](Frames&, FieldView& v, SimdLevel) { FillField(v, 81, 90, 240); }},
+        {"Color Balance",
+         [p = MakeColorBalanceParams(WarmBalance())](Frames&, FieldView& v, SimdLevel l) {
+             SelectColorBalanceKernel(p, l)(v, p);
+         }},
+        {"YUV Curve",
+         [s = TakeSnapshot(Lifted())](Frames&, FieldView& v, SimdLevel l) { RenderCurve(v, s, l); }},
+        {"Color Wheel", [p = PlanWheel(ThirdTurn())](Frames&, FieldView& v, SimdLevel) { RenderWheel(v, p); }},
+    };
+}
+
+void BM_Copy(benchmark::State& state, Size size) {
+    Frames f(size);
+    for (auto _ : state) {
+        std::memcpy(f.dst.data(), f.src.data(), f.src.size());
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * f.src.size()));
+}
+
+void BM_Kernel(benchmark::State& state, Size size, Kernel kernel, SimdLevel level) {
+    Frames f(size);
+    FieldView fields[2] = {f.Field(0), f.Field(1)};
+    for (auto _ : state) {
+        kernel(f, fields[0], level);
+        kernel(f, fields[1], level);
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * f.src.size()));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    const SimdLevel best = ChooseSimdLevel(host::DetectProcessorFeatures());
+    // SSE2 is the highest level any kernel has so far.
+    const SimdLevel top = best > SimdLevel::sse2 ? SimdLevel::sse2 : best;
+    for (const Size& s : kSizes) {
+        benchmark::RegisterBenchmark((std::string("copy/") + s.name).c_str(), BM_Copy, s)
+            ->Unit(benchmark::kMillisecond);
+        for (const auto& [name, kernel] : Kernels()) {
+            for (SimdLevel level : {SimdLevel::scalar, top}) {
+                const std::string label = name + "/" + s.name + "/" + SimdLevelName(level);
+                benchmark::RegisterBenchmark(label.c_str(), BM_Kernel, s, kernel, level)->Unit(benchmark::kMillisecond);
+                if (top == SimdLevel::scalar) break;
+            }
+        }
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
