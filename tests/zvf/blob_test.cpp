@@ -44,10 +44,10 @@ TEST(Blob, SaveShowRoundTripForEveryBuiltFilter) {
             for (const double v : Probes(f)) {
                 std::string values;
                 for (uint32_t i = 0; i < f.count; ++i) values += (i ? "," : "") + cli::FormatValue(v, f.type);
-                const std::string spec = id + ":" + std::string(f.name) + "=" + values;
-                SCOPED_TRACE(spec);
+                const std::string request = id + ":" + std::string(f.name) + "=" + values;
+                SCOPED_TRACE(request);
                 const std::string file = dir / "p.blob";
-                const ZvfResult saved = RunZvf({"blob", "save", spec, "-o", file});
+                const ZvfResult saved = RunZvf({"blob", "save", request, "-o", file});
                 ASSERT_EQ(saved.code, 0) << saved.err;
                 const std::string bytes = ReadAll(file);
 
@@ -99,15 +99,15 @@ TEST(Blob, BlobAndPairsTogether) {
 TEST(Blob, DerivedFieldsFollowTheirSources) {
     ScratchDir dir;
     struct Case {
-        std::string spec;
+        std::string request;
         double coefficient;
     } cases[] = {{"blur:radius=20", 24833}, {"blur:radius=20:coefficient=1000", 1000}};
     for (const Case& c : cases) {
-        ASSERT_EQ(RunZvf({"blob", "save", c.spec, "-o", dir / "d.blob"}).code, 0) << c.spec;
+        ASSERT_EQ(RunZvf({"blob", "save", c.request, "-o", dir / "d.blob"}).code, 0) << c.request;
         const auto j = nlohmann::json::parse(RunZvf({"blob", "show", "--json", dir / "d.blob"}).out);
         for (const auto& field : j["fields"]) {
             if (field["name"] == "coefficient") {
-                EXPECT_EQ(field["values"][0].get<double>(), c.coefficient) << c.spec;
+                EXPECT_EQ(field["values"][0].get<double>(), c.coefficient) << c.request;
             }
         }
     }

@@ -62,18 +62,18 @@ int main(int argc, char** argv) {
     const size_t frameBytes = static_cast<size_t>(w) * h * 2;
     if (frameBytes == 0 || video.size() % frameBytes != 0) return Fail("input is not whole frames");
     for (int a = 5; a < argc; ++a) {
-        const std::string spec = argv[a];
-        const size_t at = spec.find('@');
-        const auto index = module->Find(spec.substr(0, at));
-        if (!index) return Fail("no filter " + spec);
-        const std::vector<uint8_t> blob = at == std::string::npos ? std::vector<uint8_t>() : ReadFile(spec.substr(at + 1));
+        const std::string request = argv[a];
+        const size_t at = request.find('@');
+        const auto index = module->Find(request.substr(0, at));
+        if (!index) return Fail("no filter " + request);
+        const std::vector<uint8_t> blob = at == std::string::npos ? std::vector<uint8_t>() : ReadFile(request.substr(at + 1));
         auto instance = module->Create(*index, at == std::string::npos ? nullptr : &blob);
         instance->Get()->PrepareRender();
         for (size_t n = 0; n * frameBytes < video.size(); ++n) {
             uint8_t* pixels = video.data() + n * frameBytes;
             std::vector<uint8_t> out(pixels, pixels + frameBytes);
             host::Frame src(pixels, w, h, 1), dst(out.data(), w, h, 1);
-            if (instance->RenderFrame(dst, src, static_cast<uint32_t>(n), true) != 0) return Fail(spec + " failed to render");
+            if (instance->RenderFrame(dst, src, static_cast<uint32_t>(n), true) != 0) return Fail(request + " failed to render");
             std::copy(out.begin(), out.end(), pixels);
         }
     }

@@ -51,11 +51,11 @@ std::string Reason(const Decoded& d) {
 
 int BlobSaveCommand(const std::string& module, const BlobSaveOptions& o, const Streams& io) {
     Session session(module);
-    const FilterSpec spec = ParseFilterSpec(o.filter);
+    const FilterSpec request = ParseFilterSpec(o.filter);
     std::vector<uint8_t> blob;
     std::vector<std::string> notes;
     size_t index = 0;
-    session.Configure(spec, &index, &blob, &notes);
+    session.Configure(request, &index, &blob, &notes);
     for (const std::string& note : notes) std::fprintf(io.err, "zvf: note: %s\n", note.c_str());
     WriteFileBytes(o.output, blob);
     return kExitOk;

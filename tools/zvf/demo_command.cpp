@@ -24,9 +24,9 @@ struct Tile {
 };
 
 // The picture through one filter with `pairs`; throws CliError.
-std::vector<uint8_t> RenderDemo(Session& session, const std::string& spec, const std::vector<uint8_t>& picture,
+std::vector<uint8_t> RenderDemo(Session& session, const std::string& request, const std::vector<uint8_t>& picture,
                                 std::vector<std::string>* notes) {
-    Chain chain(session, {spec});
+    Chain chain(session, {request});
     notes->insert(notes->end(), chain.Notes().begin(), chain.Notes().end());
     std::vector<uint8_t> frame;
     for (uint32_t n = 0; n < kFrames; ++n) {

@@ -70,44 +70,44 @@ std::optional<size_t> PayloadOffset(const std::vector<uint8_t>& blob) {
     return static_cast<size_t>(n) + 12;
 }
 
-std::unique_ptr<host::Instance> Session::Configure(const FilterSpec& spec, size_t* index, std::vector<uint8_t>* blob,
+std::unique_ptr<host::Instance> Session::Configure(const FilterSpec& request, size_t* index, std::vector<uint8_t>* blob,
                                                    std::vector<std::string>* notes) {
-    const size_t i = Find(spec.filter);
+    const size_t i = Find(request.filter);
     *index = i;
     const std::string name = Name(i);
     const RecordDesc* record = Record(i);
     std::vector<uint8_t> source;
-    if (!spec.blobPath.empty()) {
-        source = ReadFileBytes(spec.blobPath);
+    if (!request.blobPath.empty()) {
+        source = ReadFileBytes(request.blobPath);
         const blob::Verdict v =
             blob::Check(source.data(), source.size(), Identifier(i), record ? record->payloadSize : 0, nullptr);
         if (v != blob::Verdict::Ok)
-            throw CliError(kExitBadInput, spec.blobPath + ": " + name + " would ignore this blob: " + blob::VerdictText(v));
+            throw CliError(kExitBadInput, request.blobPath + ": " + name + " would ignore this blob: " + blob::VerdictText(v));
     }
     Status s = 0;
-    auto instance = module_->Create(i, spec.blobPath.empty() ? nullptr : &source, 0, &s);
+    auto instance = module_->Create(i, request.blobPath.empty() ? nullptr : &source, 0, &s);
     if (!instance) throw CliError(kExitModule, name + ": CreateInstance failed with " + Hex(static_cast<uint32_t>(s)));
     std::vector<uint8_t> saved;
-    if (!spec.pairs.empty()) {
+    if (!request.pairs.empty()) {
         if (record == nullptr)
             throw CliError(kExitUsage, name + " has no parameter description (its rendering is not built yet)");
         s = instance->Save(&saved);
         const auto offset = PayloadOffset(saved);
         if (s != status::ok || !offset)
             throw CliError(kExitModule, name + ": SaveParameters failed with " + Hex(static_cast<uint32_t>(s)));
-        ApplyPairs(*record, std::span<uint8_t>(saved).subspan(*offset), spec.pairs, name);
+        ApplyPairs(*record, std::span<uint8_t>(saved).subspan(*offset), request.pairs, name);
         instance = module_->Create(i, &saved, 0, &s);
         if (!instance) throw CliError(kExitModule, name + ": CreateInstance failed with " + Hex(static_cast<uint32_t>(s)));
     }
     std::vector<uint8_t> kept;
-    if (blob != nullptr || (!spec.pairs.empty() && notes != nullptr)) {
+    if (blob != nullptr || (!request.pairs.empty() && notes != nullptr)) {
         s = instance->Save(&kept);
         if (s != status::ok) throw CliError(kExitModule, name + ": SaveParameters failed with " + Hex(static_cast<uint32_t>(s)));
     }
     const auto keptOffset = PayloadOffset(kept);
-    if (!spec.pairs.empty() && notes != nullptr && keptOffset && kept.size() == saved.size()) {
+    if (!request.pairs.empty() && notes != nullptr && keptOffset && kept.size() == saved.size()) {
         const size_t at = *keptOffset;
-        for (const auto& [field, value] : spec.pairs) {
+        for (const auto& [field, value] : request.pairs) {
             const FieldDesc* f = FindField(*record, field);
             std::string was, now;
             for (uint32_t e = 0; e < f->count; ++e) {

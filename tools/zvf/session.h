@@ -1,5 +1,5 @@
 // One loaded module for one command: the filters found by name, their
-// record descriptions, and instances configured from a filter specification.
+// record descriptions, and instances configured from a filter request.
 #pragma once
 
 #include <memory>
@@ -46,11 +46,11 @@ public:
     // instance on a small frame.
     bool RenderBuilt(size_t index);
 
-    // An instance with the specification's parameters; `blob` receives what
+    // An instance with the request's parameters; `blob` receives what
     // its SaveParameters writes. A value the module did not keep as given (a
     // field it derives from others, say) adds a line to `notes`. Throws
     // CliError naming the problem.
-    std::unique_ptr<host::Instance> Configure(const FilterSpec& spec, size_t* index, std::vector<uint8_t>* blob,
+    std::unique_ptr<host::Instance> Configure(const FilterSpec& request, size_t* index, std::vector<uint8_t>* blob,
                                               std::vector<std::string>* notes = nullptr);
 
 private:
