@@ -3,7 +3,7 @@
 #include <random>
 
 #include "module_fixture.h"
-#include "record_blob.h"
+#include "blob_builder.h"
 
 namespace zvf::test {
 namespace {

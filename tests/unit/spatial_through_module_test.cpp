@@ -9,7 +9,7 @@
 #include "spatial/emboss/emboss_kernel.h"
 #include "spatial/mirror/mirror_kernel.h"
 #include "tests/module/module_fixture.h"
-#include "tests/module/record_blob.h"
+#include "tests/module/blob_builder.h"
 
 namespace zvf::filters {
 namespace {
