@@ -30,7 +30,7 @@ public:
         std::unique_ptr<uint8_t[]> scratch;
         if (SourceOverlapsDestination(v) && !DetachSource(&v, &scratch)) return status::out_of_memory;
         const MirrorRecord flags = ReadShared(record_);
-        MirrorField(v, flags.horizontalFlip != 0, flags.verticalFlip != 0);
+        MirrorField(v, flags.horizontalFlip != 0, flags.verticalFlip != 0, Simd());
         return status::ok;
     }
 
