@@ -139,7 +139,7 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
          }},
         {"YUV Curve",
          [s = TakeSnapshot(Lifted())](Frames&, FieldView& v, SimdLevel l) { RenderCurve(v, s, l); }},
-        {"Color Wheel", [p = PlanWheel(ThirdTurn())](Frames&, FieldView& v, SimdLevel) { RenderWheel(v, p); }},
+        {"Color Wheel", [p = PlanWheel(ThirdTurn())](Frames&, FieldView& v, SimdLevel l) { RenderWheel(v, p, l); }},
     };
 }
 
