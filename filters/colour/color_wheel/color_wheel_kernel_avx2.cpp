@@ -21,8 +21,8 @@ inline bool Fits16(int32_t x) { return x >= -32768 && x <= 32767; }
 template <bool kGain, bool kSafe, bool kWide>
 void Rows(const FieldView& v, const WheelPlan& p) {
     const __m256i bias = _mm256_set1_epi16(128);
+    const __m256i flip = _mm256_set1_epi16(static_cast<int16_t>(0x8000));
     const __m256i lumaMask = _mm256_set1_epi32(0x00FF00FF);
-    const __m256i lowHalf = _mm256_set1_epi32(0xFFFF);
     const __m256i gain = _mm256_set1_epi16(static_cast<int16_t>(p.lumaGain));
     const __m256i offset = _mm256_set1_epi16(static_cast<int16_t>(kGain ? p.bright + 128 : p.bright));
     const __m256i safeLow = _mm256_set1_epi8(16);
@@ -45,12 +45,14 @@ void Rows(const FieldView& v, const WheelPlan& p) {
                 su = _mm256_add_epi32(_mm256_slli_epi32(su, 8), _mm256_madd_epi16(uv, uLow));
                 sv = _mm256_add_epi32(_mm256_slli_epi32(sv, 8), _mm256_madd_epi16(uv, vLow));
             }
-            const __m256i chroma = _mm256_add_epi16(_mm256_or_si256(_mm256_and_si256(_mm256_srai_epi32(su, 14), lowHalf),
-                                                                    _mm256_slli_epi32(_mm256_srai_epi32(sv, 14), 16)),
-                                                    bias);
-            __m256i y = _mm256_and_si256(x, lumaMask);
-            if constexpr (kGain) y = _mm256_mulhi_epi16(_mm256_slli_epi16(_mm256_sub_epi16(y, bias), 8), gain);
-            y = _mm256_add_epi16(y, offset);
+            // U's shifted sum in the low 16 bits; V's, as sv << 2, in the high
+            // 16 bits (|sv| < 2^27, so the shift loses nothing).
+            const __m256i chroma = _mm256_add_epi16(
+                _mm256_blend_epi16(_mm256_srai_epi32(su, 14), _mm256_slli_epi32(sv, 2), 0xAA), bias);
+            // Gain: (Y - 128) << 8 is Y << 8 with its top bit flipped.
+            const __m256i y =
+                kGain ? _mm256_add_epi16(_mm256_mulhi_epi16(_mm256_xor_si256(_mm256_slli_epi16(x, 8), flip), gain), offset)
+                      : _mm256_add_epi16(_mm256_and_si256(x, lumaMask), offset);
             __m256i out = _mm256_packus_epi16(_mm256_unpacklo_epi16(y, chroma), _mm256_unpackhi_epi16(y, chroma));
             if constexpr (kSafe) out = _mm256_min_epu8(_mm256_max_epu8(out, safeLow), safeHigh);
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 4 * i), out);

@@ -26,6 +26,7 @@ inline bool Fits16(int32_t x) { return x >= -32768 && x <= 32767; }
 template <bool kGain, bool kSafe, bool kWide>
 void Rows(const FieldView& v, const WheelPlan& p) {
     const __m128i bias = _mm_set1_epi16(128);
+    const __m128i flip = _mm_set1_epi16(static_cast<int16_t>(0x8000));
     const __m128i lumaMask = _mm_set1_epi32(0x00FF00FF);
     const __m128i lowHalf = _mm_set1_epi32(0xFFFF);
     const __m128i gain = _mm_set1_epi16(static_cast<int16_t>(p.lumaGain));
@@ -56,9 +57,10 @@ void Rows(const FieldView& v, const WheelPlan& p) {
             const __m128i chroma = _mm_add_epi16(
                 _mm_or_si128(_mm_and_si128(_mm_srai_epi32(su, 14), lowHalf), _mm_slli_epi32(_mm_srai_epi32(sv, 14), 16)),
                 bias);
-            __m128i y = _mm_and_si128(x, lumaMask);  // Y0 and Y1 as 16-bit values
-            if constexpr (kGain) y = _mm_mulhi_epi16(_mm_slli_epi16(_mm_sub_epi16(y, bias), 8), gain);
-            y = _mm_add_epi16(y, offset);
+            // Y0 and Y1 as 16-bit values; for the gain, (Y - 128) << 8 is
+            // Y << 8 with its top bit flipped.
+            const __m128i y = kGain ? _mm_add_epi16(_mm_mulhi_epi16(_mm_xor_si128(_mm_slli_epi16(x, 8), flip), gain), offset)
+                                    : _mm_add_epi16(_mm_and_si128(x, lumaMask), offset);
             __m128i out = _mm_packus_epi16(_mm_unpacklo_epi16(y, chroma), _mm_unpackhi_epi16(y, chroma));
             if constexpr (kSafe) out = _mm_min_epu8(_mm_max_epu8(out, safeLow), safeHigh);
             _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 4 * i), out);
