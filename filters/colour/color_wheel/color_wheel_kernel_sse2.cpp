@@ -53,9 +53,11 @@ void Rows(const FieldView& v, const WheelPlan& p) {
                 su = _mm_add_epi32(_mm_slli_epi32(su, 8), _mm_madd_epi16(uv, uLow));
                 sv = _mm_add_epi32(_mm_slli_epi32(sv, 8), _mm_madd_epi16(uv, vLow));
             }
-            // |sum| < 2^29, so the shifted sums fit 16 bits: U below, V above.
+            // |sum| < 2^27, so the shifted sums fit 16 bits: U's in the low
+            // half, V's as the high half of sv << 2 (one shift fewer than
+            // shifting down and back up).
             const __m128i chroma = _mm_add_epi16(
-                _mm_or_si128(_mm_and_si128(_mm_srai_epi32(su, 14), lowHalf), _mm_slli_epi32(_mm_srai_epi32(sv, 14), 16)),
+                _mm_or_si128(_mm_and_si128(_mm_srai_epi32(su, 14), lowHalf), _mm_andnot_si128(lowHalf, _mm_slli_epi32(sv, 2))),
                 bias);
             // Y0 and Y1 as 16-bit values; for the gain, (Y - 128) << 8 is
             // Y << 8 with its top bit flipped.
