@@ -2,7 +2,7 @@
 // whole field walk: every width 2..130 pixels, odd and even left edges, both
 // fields, every flag combination, random and extreme bytes, guard bytes
 // around the destination. Each level this processor has must give the
-// scalar bytes exactly.
+// scalar bytes exactly, and so must the in-place walk.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -79,6 +79,50 @@ TEST(MirrorSimd, EveryLevelMatchesScalarForEveryWidthOffsetFieldAndFlag) {
                             ASSERT_EQ(b.dst[i], kGuardByte) << SimdLevelName(level) << " guard before";
                             ASSERT_EQ(b.dst[b.dst.size() - 1 - i], kGuardByte) << SimdLevelName(level) << " guard after";
                         }
+                    }
+                }
+            }
+        }
+    }
+}
+
+// One frame as source and destination, every row count from 1 to 9 (odd
+// and even fields, middle rows that map to themselves): the in-place walk
+// leaves the frame as the copying walk leaves a separate destination.
+TEST(MirrorSimd, InPlaceWalkGivesTheCopyingWalksBytesAtEveryLevel) {
+    std::vector<SimdLevel> levels = LevelsAboveScalar();
+    levels.insert(levels.begin(), SimdLevel::scalar);
+    for (SimdLevel level : levels) {
+        for (int32_t width : {2, 3, 9, 17, 34, 67, 130}) {
+            for (int32_t frameRows = 1; frameRows <= 9; ++frameRows) {
+                for (int32_t field : {0, 1}) {
+                    const int32_t rows = (frameRows - field + 1) / 2;
+                    if (rows == 0) continue;
+                    for (int flags = 0; flags < 4; ++flags) {
+                        const int32_t left = 1, pitch = (left + width + 3) * 2;
+                        std::vector<uint8_t> src(static_cast<size_t>(pitch) * frameRows);
+                        uint32_t x = static_cast<uint32_t>(width * 977 + frameRows * 31 + field * 7 + flags) | 1u;
+                        for (uint8_t& b : src) {
+                            x ^= x << 13;
+                            x ^= x >> 17;
+                            x ^= x << 5;
+                            b = static_cast<uint8_t>(x);
+                        }
+                        std::vector<uint8_t> copied = src, inPlace = src;
+                        FieldView v;
+                        const ptrdiff_t start = ptrdiff_t{field} * pitch + ptrdiff_t{left} * 2;
+                        v.step = ptrdiff_t{2} * pitch;
+                        v.rows = rows;
+                        v.pairs = width / 2;
+                        v.odd = field;
+                        v.src = src.data() + start;
+                        v.dst = copied.data() + start;
+                        MirrorField(v, flags & 1, flags & 2, SimdLevel::scalar);
+                        v.src = v.dst = inPlace.data() + start;
+                        std::vector<uint8_t> row(size_t{4} * static_cast<size_t>(v.pairs));
+                        MirrorFieldInPlace(v, flags & 1, flags & 2, level, row.data());
+                        ASSERT_EQ(inPlace, copied) << SimdLevelName(level) << ": width " << width << " rows "
+                                                   << frameRows << " field " << field << " flags " << flags;
                     }
                 }
             }

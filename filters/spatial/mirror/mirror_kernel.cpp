@@ -68,4 +68,24 @@ void MirrorField(const FieldView& v, bool horizontal, bool vertical, SimdLevel l
     }
 }
 
+void MirrorFieldInPlace(const FieldView& v, bool horizontal, bool vertical, SimdLevel level, uint8_t* row) {
+    const bool odd = v.odd != 0;
+    const size_t rowBytes = size_t{4} * static_cast<size_t>(v.pairs);
+    const MirrorRowFn reverse = SelectReverseRow(level);
+    auto put = [&](int32_t k, const uint8_t* from) {
+        if (MirrorReversesRow(k, odd, horizontal, vertical))
+            reverse(v.dst + k * v.step, from, v.pairs);
+        else
+            std::memcpy(v.dst + k * v.step, from, rowBytes);
+    };
+    for (int32_t k = 0; k < v.rows; ++k) {
+        const int32_t m = MirrorSourceRow(k, v.rows, odd, vertical);
+        if (m < k) continue;  // exchanged when its partner came by
+        if (m == k && !MirrorReversesRow(k, odd, horizontal, vertical)) continue;  // stays as it is
+        std::memcpy(row, v.dst + k * v.step, rowBytes);
+        if (m != k) put(k, v.dst + m * v.step);
+        put(m, row);
+    }
+}
+
 }  // namespace zvf::filters

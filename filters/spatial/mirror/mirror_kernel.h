@@ -38,4 +38,10 @@ MirrorRowFn SelectReverseRow(SimdLevel level);
 // not written. Every level gives the same bytes.
 void MirrorField(const FieldView& v, bool horizontal, bool vertical, SimdLevel level = SimdLevel::scalar);
 
+// The same bytes when source and destination are one frame (v.src ==
+// v.dst): the row mapping pairs each row with one other or with itself, so
+// every pair of rows is exchanged through `row`, scratch of 4 x v.pairs
+// bytes, instead of copying the whole field first.
+void MirrorFieldInPlace(const FieldView& v, bool horizontal, bool vertical, SimdLevel level, uint8_t* row);
+
 }  // namespace zvf::filters
