@@ -1,8 +1,10 @@
 // Color Wheel's AVX2 twin: the SSE2 arithmetic on eight pairs per 32 bytes.
 // Every step (pmaddwd, the unpacks and the saturating pack) stays inside its
 // 128-bit half, so each half is exactly the SSE2 step on its four pairs. The
-// last one to seven pairs of a row go through the SSE2 twin. The body is one
-// function so that no 256-bit value is ever passed as an argument.
+// last one to seven pairs of every row go through the SSE2 twin once the
+// vector loop is done. The body is one function and calls nothing while a
+// 256-bit value is live, so none is passed as an argument or has to be kept
+// on the stack across a call (the Windows ABI aligns the stack to 16 bytes).
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
 #include <immintrin.h>
 
@@ -57,14 +59,14 @@ void Rows(const FieldView& v, const WheelPlan& p) {
             if constexpr (kSafe) out = _mm256_min_epu8(_mm256_max_epu8(out, safeLow), safeHigh);
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 4 * i), out);
         }
-        if (wide < v.pairs) {
-            FieldView rest = v;
-            rest.src = s + 4 * wide;
-            rest.dst = d + 4 * wide;
-            rest.rows = 1;
-            rest.pairs = v.pairs - wide;
-            RenderWheelSse2(rest, p);
-        }
+    }
+    // The last pairs of every row, one call for the whole column.
+    if (wide < v.pairs) {
+        FieldView rest = v;
+        rest.src = v.src + 4 * wide;
+        rest.dst = v.dst + 4 * wide;
+        rest.pairs = v.pairs - wide;
+        RenderWheelSse2(rest, p);
     }
 }
 

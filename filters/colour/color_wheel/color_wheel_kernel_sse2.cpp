@@ -67,14 +67,14 @@ void Rows(const FieldView& v, const WheelPlan& p) {
             if constexpr (kSafe) out = _mm_min_epu8(_mm_max_epu8(out, safeLow), safeHigh);
             _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 4 * i), out);
         }
-        if (wide < v.pairs) {
-            FieldView rest = v;
-            rest.src = s + 4 * wide;
-            rest.dst = d + 4 * wide;
-            rest.rows = 1;
-            rest.pairs = v.pairs - wide;
-            RenderWheelScalar(rest, p);
-        }
+    }
+    // The last pairs of every row, one call for the whole column.
+    if (wide < v.pairs) {
+        FieldView rest = v;
+        rest.src = v.src + 4 * wide;
+        rest.dst = v.dst + 4 * wide;
+        rest.pairs = v.pairs - wide;
+        RenderWheelScalar(rest, p);
     }
 }
 
