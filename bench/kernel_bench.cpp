@@ -115,7 +115,7 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
              const uint8_t* other = v.odd ? f.src.data() : f.src.data() + v.pitch;
              BlendField(v.src, other, v.dst, v.pitch, v.rows, v.pairs, AntiFlickerWeight(100), BlendRowsFor(l));
          }},
-        {"Mirror", [](Frames&, FieldView& v, SimdLevel) { MirrorField(v, true, true); }},
+        {"Mirror", [](Frames&, FieldView& v, SimdLevel l) { MirrorField(v, true, true, l); }},
         {"Blur",
          [blurWeight](Frames&, FieldView& v, SimdLevel l) {
              static thread_local std::vector<int32_t> scratch;
@@ -139,7 +139,7 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
          }},
         {"YUV Curve",
          [s = TakeSnapshot(Lifted())](Frames&, FieldView& v, SimdLevel l) { RenderCurve(v, s, l); }},
-        {"Color Wheel", [p = PlanWheel(ThirdTurn())](Frames&, FieldView& v, SimdLevel) { RenderWheel(v, p); }},
+        {"Color Wheel", [p = PlanWheel(ThirdTurn())](Frames&, FieldView& v, SimdLevel l) { RenderWheel(v, p, l); }},
     };
 }
 

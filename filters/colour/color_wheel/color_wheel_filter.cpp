@@ -33,7 +33,7 @@ public:
             std::lock_guard<std::mutex> hold(lock_);  // the dialog may be writing
             snapshot = record_;
         }
-        RenderWheel(v, PlanWheel(snapshot));
+        RenderWheel(v, PlanWheel(snapshot), Simd());
         return status::ok;
     }
 

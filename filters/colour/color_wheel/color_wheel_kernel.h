@@ -8,9 +8,9 @@
 #include "color_wheel_record.h"
 #include "colour/color_balance/color_balance_record.h"  // GainFromSetting, shared with Color Balance
 #include "zvf/field.h"
+#include "zvf/simd_level.h"
 
 namespace zvf::filters {
-
 
 // What a render needs, derived once from the record.
 struct WheelPlan {
@@ -29,7 +29,14 @@ WheelPlan PlanWheel(const ColorWheelRecord& record);
 //   Y = sat8((((Y - 128) x 256 x lumaGain) >> 16) + bright + 128)
 // in 32-bit integers with arithmetic shifts. With the saturation setting 0,
 // kc and ks are the record's terms themselves; with contrast 0 the luma line
-// is Y + bright. Both kernels give exactly these bytes.
-void RenderWheel(const FieldView& v, const WheelPlan& plan);
+// is Y + bright. Both kernels, at every level, give exactly these bytes.
+void RenderWheel(const FieldView& v, const WheelPlan& plan, SimdLevel level = SimdLevel::scalar);
+
+// The levels one by one: the scalar code defines the bytes, the others are
+// its twins (x86 only) for every plan PlanWheel makes (luma gain 0..1272,
+// bright -128..127, |kc| and |ks| at most 162816).
+void RenderWheelScalar(const FieldView& v, const WheelPlan& plan);
+void RenderWheelSse2(const FieldView& v, const WheelPlan& plan);
+void RenderWheelAvx2(const FieldView& v, const WheelPlan& plan);
 
 }  // namespace zvf::filters

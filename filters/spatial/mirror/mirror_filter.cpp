@@ -24,13 +24,21 @@ public:
         FieldView v;
         const Status s = OpenField(dst, src, rect, field, &v);
         if (s != status::ok) return s;
-        // One frame as both source and destination: mirror from a copy of
-        // the field's rows, or the second half of each row would read pairs
+        const MirrorRecord flags = ReadShared(record_);
+        const bool horizontal = flags.horizontalFlip != 0, vertical = flags.verticalFlip != 0;
+        // One frame as both source and destination: rows are exchanged
+        // through one row of scratch. Any other overlap mirrors from a copy
+        // of the field's rows, or the second half of a row would read pairs
         // already overwritten.
+        if (v.src == v.dst) {
+            std::unique_ptr<uint8_t[]> row(new (std::nothrow) uint8_t[size_t{4} * static_cast<size_t>(v.pairs)]);
+            if (!row) return status::out_of_memory;
+            MirrorFieldInPlace(v, horizontal, vertical, Simd(), row.get());
+            return status::ok;
+        }
         std::unique_ptr<uint8_t[]> scratch;
         if (SourceOverlapsDestination(v) && !DetachSource(&v, &scratch)) return status::out_of_memory;
-        const MirrorRecord flags = ReadShared(record_);
-        MirrorField(v, flags.horizontalFlip != 0, flags.verticalFlip != 0);
+        MirrorField(v, horizontal, vertical, Simd());
         return status::ok;
     }
 

@@ -5,20 +5,43 @@
 namespace zvf::filters {
 namespace {
 
-// Pair j of dst from pair pairs-1-j of src, lumas exchanged, chroma kept:
-// one 32-bit word per pair (every target is little-endian, so Y0 is the low
-// byte and Y1 the third).
-void ReverseRow(uint8_t* dst, const uint8_t* src, int32_t pairs) {
-    const uint8_t* s = src + 4 * static_cast<ptrdiff_t>(pairs - 1);
-    for (int32_t j = 0; j < pairs; ++j, dst += 4, s -= 4) {
+// Lumas of one pair exchanged, chroma kept: every target is little-endian,
+// so in a 32-bit word Y0 is the low byte and Y1 the third.
+inline uint32_t SwapLumas(uint32_t w) { return (w & 0xFF00FF00u) | ((w >> 16) & 0xFFu) | ((w & 0xFFu) << 16); }
+
+}  // namespace
+
+// Two pairs per 64-bit word: the word's halves trade places (pair order
+// reversed) and each half has its lumas exchanged.
+void ReverseRowScalar(uint8_t* dst, const uint8_t* src, int32_t pairs) {
+    const uint8_t* s = src + 4 * static_cast<ptrdiff_t>(pairs);
+    int32_t j = 0;
+    for (; j + 2 <= pairs; j += 2, dst += 8) {
+        s -= 8;
+        uint64_t w;
+        std::memcpy(&w, s, 8);
+        const uint64_t chroma = w & 0xFF00FF00FF00FF00u;
+        const uint64_t swapped = chroma | ((w >> 16) & 0x000000FF000000FFu) | ((w & 0x000000FF000000FFu) << 16);
+        const uint64_t out = (swapped << 32) | (swapped >> 32);
+        std::memcpy(dst, &out, 8);
+    }
+    if (j < pairs) {
         uint32_t w;
-        std::memcpy(&w, s, 4);
-        w = (w & 0xFF00FF00u) | ((w >> 16) & 0xFFu) | ((w & 0xFFu) << 16);
+        std::memcpy(&w, src, 4);
+        w = SwapLumas(w);
         std::memcpy(dst, &w, 4);
     }
 }
 
-}  // namespace
+MirrorRowFn SelectReverseRow(SimdLevel level) {
+#if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
+    if (level >= SimdLevel::avx2) return ReverseRowAvx2;
+    if (level >= SimdLevel::sse2) return ReverseRowSse2;
+#else
+    (void)level;
+#endif
+    return ReverseRowScalar;
+}
 
 int32_t MirrorSourceRow(int32_t k, int32_t rows, bool oddField, bool vertical) {
     if (!vertical) return k;
@@ -31,16 +54,37 @@ bool MirrorReversesRow(int32_t k, bool oddField, bool horizontal, bool vertical)
     return !(vertical && !oddField && k == 0);
 }
 
-void MirrorField(const FieldView& v, bool horizontal, bool vertical) {
+void MirrorField(const FieldView& v, bool horizontal, bool vertical, SimdLevel level) {
     const bool odd = v.odd != 0;
     const size_t rowBytes = size_t{4} * static_cast<size_t>(v.pairs);
+    const MirrorRowFn reverse = SelectReverseRow(level);
     for (int32_t k = 0; k < v.rows; ++k) {
         uint8_t* dst = v.dst + k * v.step;
         const uint8_t* src = v.src + MirrorSourceRow(k, v.rows, odd, vertical) * v.step;
         if (MirrorReversesRow(k, odd, horizontal, vertical))
-            ReverseRow(dst, src, v.pairs);
+            reverse(dst, src, v.pairs);
         else
             std::memcpy(dst, src, rowBytes);
+    }
+}
+
+void MirrorFieldInPlace(const FieldView& v, bool horizontal, bool vertical, SimdLevel level, uint8_t* row) {
+    const bool odd = v.odd != 0;
+    const size_t rowBytes = size_t{4} * static_cast<size_t>(v.pairs);
+    const MirrorRowFn reverse = SelectReverseRow(level);
+    auto put = [&](int32_t k, const uint8_t* from) {
+        if (MirrorReversesRow(k, odd, horizontal, vertical))
+            reverse(v.dst + k * v.step, from, v.pairs);
+        else
+            std::memcpy(v.dst + k * v.step, from, rowBytes);
+    };
+    for (int32_t k = 0; k < v.rows; ++k) {
+        const int32_t m = MirrorSourceRow(k, v.rows, odd, vertical);
+        if (m < k) continue;  // exchanged when its partner came by
+        if (m == k && !MirrorReversesRow(k, odd, horizontal, vertical)) continue;  // stays as it is
+        std::memcpy(row, v.dst + k * v.step, rowBytes);
+        if (m != k) put(k, v.dst + m * v.step);
+        put(m, row);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "zvf/field.h"
+#include "zvf/simd_level.h"
 
 namespace zvf::filters {
 
@@ -21,10 +22,26 @@ int32_t MirrorSourceRow(int32_t k, int32_t rows, bool oddField, bool vertical);
 // both flips are on.
 bool MirrorReversesRow(int32_t k, bool oddField, bool horizontal, bool vertical);
 
-// Writes the view's rows: row mapping as above; a reversed row takes source
-// pair pairs-1-j into pair j with its two luma bytes exchanged (Y1 Cb Y0 Cr),
-// which is the exact pixel mirror of an even-width rectangle. An odd
-// trailing pixel and the other field's rows are not written.
-void MirrorField(const FieldView& v, bool horizontal, bool vertical);
+// One reversed row: destination pair j takes source pair pairs-1-j with its
+// two luma bytes exchanged (Y1 Cb Y0 Cr), the exact pixel mirror of an
+// even-width span. Source and destination must not overlap.
+using MirrorRowFn = void (*)(uint8_t* dst, const uint8_t* src, int32_t pairs);
+void ReverseRowScalar(uint8_t* dst, const uint8_t* src, int32_t pairs);
+// Twins of ReverseRowScalar, byte-identical to it; x86 only.
+void ReverseRowSse2(uint8_t* dst, const uint8_t* src, int32_t pairs);
+void ReverseRowAvx2(uint8_t* dst, const uint8_t* src, int32_t pairs);
+// The reversal at the fastest of the levels allowed.
+MirrorRowFn SelectReverseRow(SimdLevel level);
+
+// Writes the view's rows: row mapping as above, reversed rows as above,
+// other rows copied. An odd trailing pixel and the other field's rows are
+// not written. Every level gives the same bytes.
+void MirrorField(const FieldView& v, bool horizontal, bool vertical, SimdLevel level = SimdLevel::scalar);
+
+// The same bytes when source and destination are one frame (v.src ==
+// v.dst): the row mapping pairs each row with one other or with itself, so
+// every pair of rows is exchanged through `row`, scratch of 4 x v.pairs
+// bytes, instead of copying the whole field first.
+void MirrorFieldInPlace(const FieldView& v, bool horizontal, bool vertical, SimdLevel level, uint8_t* row);
 
 }  // namespace zvf::filters

@@ -1,0 +1,46 @@
+// Mirror's row reversal, four pairs per 16 bytes: the dwords (pairs) are
+// reversed, and the lumas come from the same vector with every 16-bit word
+// reversed, which exchanges Y0 and Y1 inside each pair while the chroma
+// bytes stay where the dword reversal put them. Fewer than four pairs left
+// at the row's end go through the scalar twin.
+#if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
+#include <emmintrin.h>
+
+#include "mirror_kernel.h"
+
+namespace zvf::filters {
+namespace {
+
+inline __m128i ReverseFour(__m128i x, __m128i lumaMask) {
+    const __m128i pairs = _mm_shuffle_epi32(x, _MM_SHUFFLE(0, 1, 2, 3));
+    const __m128i words = _mm_shufflehi_epi16(_mm_shufflelo_epi16(pairs, _MM_SHUFFLE(2, 3, 0, 1)),
+                                              _MM_SHUFFLE(2, 3, 0, 1));
+    return _mm_or_si128(_mm_and_si128(words, lumaMask), _mm_andnot_si128(lumaMask, pairs));
+}
+
+}  // namespace
+
+void ReverseRowSse2(uint8_t* dst, const uint8_t* src, int32_t pairs) {
+    const __m128i lumaMask = _mm_set1_epi32(0x00FF00FF);
+    const uint8_t* s = src + 4 * static_cast<ptrdiff_t>(pairs);
+    int32_t j = 0;
+    for (; j + 8 <= pairs; j += 8, dst += 32) {
+        s -= 32;
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 16));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), ReverseFour(a, lumaMask));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 16), ReverseFour(b, lumaMask));
+    }
+    if (j + 4 <= pairs) {
+        s -= 16;
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), ReverseFour(a, lumaMask));
+        j += 4;
+        dst += 16;
+    }
+    // The remaining destination pairs take the first source pairs.
+    if (j < pairs) ReverseRowScalar(dst, src, pairs - j);
+}
+
+}  // namespace zvf::filters
+#endif
