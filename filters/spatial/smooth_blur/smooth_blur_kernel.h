@@ -59,5 +59,7 @@ using SmoothStripFn = void (*)(uint8_t* base, ptrdiff_t step, int32_t rows, int3
 void SmoothStripScalar(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
 // Eight columns per instruction; bit-exact with SmoothStripScalar.
 void SmoothStripSse2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
+// Sixteen columns per instruction; bit-exact with SmoothStripScalar.
+void SmoothStripAvx2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
 
 }  // namespace zvf::filters
