@@ -72,7 +72,7 @@ bool BlurField(const FieldView& v, int32_t a, std::span<int32_t> scratch, SimdLe
     if (strip == 0) return false;
 
     const bool sse2 = level >= SimdLevel::sse2;
-    const BlurRowsFn horizontal = sse2 ? BlurRowsSse2 : BlurRowsScalar;
+    const BlurRowsFn horizontal = level >= SimdLevel::avx2 ? BlurRowsAvx2 : sse2 ? BlurRowsSse2 : BlurRowsScalar;
     const BlurStripFn vertical = level >= SimdLevel::avx2 ? BlurStripAvx2 : sse2 ? BlurStripSse2 : BlurStripScalar;
     // One pair per row: the horizontal pass would change nothing.
     const uint8_t* vin = v.src;

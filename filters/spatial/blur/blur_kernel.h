@@ -39,6 +39,9 @@ void BlurRowsScalar(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 // when `fwd` holds 4 * v.pairs lanes per two rows; bit-exact with
 // BlurRowsScalar.
 void BlurRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
+// Four rows per instruction, eight rows at once when `fwd` holds 16 * v.pairs
+// lanes (otherwise the SSE2 pass); bit-exact with BlurRowsScalar.
+void BlurRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 
 // The vertical pass over one strip of `lanes` byte columns (a multiple of 4)
 // and `rows` rows `step` bytes apart, from src into dst (which may be the
