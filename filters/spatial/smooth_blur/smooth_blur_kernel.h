@@ -50,6 +50,9 @@ void SmoothRowsScalar(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 // One pixel pair per instruction, of two rows at once when `fwd` holds
 // 8 * v.pairs lanes; bit-exact with SmoothRowsScalar.
 void SmoothRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
+// Four rows per instruction, eight rows at once when `fwd` holds 32 * v.pairs
+// lanes (otherwise the SSE2 pass); bit-exact with SmoothRowsScalar.
+void SmoothRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 
 // The vertical pass over one strip of `lanes` byte columns (a multiple of 4)
 // and `rows` rows `step` bytes apart, in place: a bottom-up recursion whose
