@@ -121,38 +121,27 @@ __m128i CentredPairs(const uint8_t* row0, const uint8_t* row1) {
     return _mm_xor_si128(_mm_slli_epi16(x, 8), _mm_set1_epi16(static_cast<int16_t>(0x8000)));
 }
 
-// Rows s0 and s1 into d0 and d1. With kTwo false s1 is s0 and d1 unused: the
-// high lanes repeat row 0 and only its accumulators are kept, 16 bytes per
-// pair as in the scalar pass; with kTwo both rows' take 32 bytes per pair.
-template <bool kTwo>
-void Rows(const Accumulate& acc, const uint8_t* s0, const uint8_t* s1, uint8_t* d0, uint8_t* d1, int32_t pairs,
-          int32_t* fwd) {
-    constexpr int32_t kStride = kTwo ? 8 : 4;
+// One row: the high lanes repeat it and only its accumulators are kept, 16
+// bytes per pair as in the scalar pass (for scratch too small for two rows).
+void OneRow(const Accumulate& acc, const uint8_t* s0, uint8_t* d0, int32_t pairs, int32_t* fwd) {
     __m128i lo, hi;
-    __m128i p = CentredPairs(s0, s1);
+    __m128i p = CentredPairs(s0, s0);
     for (int32_t i = 0; i < pairs; ++i) {
-        acc(CentredPairs(s0 + 4 * i, s1 + 4 * i), p, lo, hi);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(fwd + kStride * i), lo);
-        if constexpr (kTwo) _mm_storeu_si128(reinterpret_cast<__m128i*>(fwd + kStride * i + 4), hi);
+        acc(CentredPairs(s0 + 4 * i, s0 + 4 * i), p, lo, hi);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(fwd + 4 * i), lo);
         p = NextStates(lo, hi);
     }
     const int32_t last = 4 * (pairs - 1);
-    p = CentredPairs(s0 + last, s1 + last);
+    p = CentredPairs(s0 + last, s0 + last);
     for (int32_t i = pairs - 1; i >= 0; --i) {
-        acc(CentredPairs(s0 + 4 * i, s1 + 4 * i), p, lo, hi);
+        acc(CentredPairs(s0 + 4 * i, s0 + 4 * i), p, lo, hi);
         p = NextStates(lo, hi);
-        const __m128i flo = _mm_loadu_si128(reinterpret_cast<const __m128i*>(fwd + kStride * i));
-        const __m128i fhi = kTwo ? _mm_loadu_si128(reinterpret_cast<const __m128i*>(fwd + kStride * i + 4)) : flo;
+        const __m128i f = _mm_loadu_si128(reinterpret_cast<const __m128i*>(fwd + 4 * i));
         const __m128i v =
-            _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(lo, flo), 16), _mm_srai_epi32(_mm_add_epi32(hi, fhi), 16));
+            _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(lo, f), 16), _mm_srai_epi32(_mm_add_epi32(hi, f), 16));
         const __m128i o = _mm_add_epi16(_mm_srai_epi16(v, 8), _mm_set1_epi16(128));
-        const __m128i bytes = _mm_packus_epi16(o, o);
-        const int32_t w0 = _mm_cvtsi128_si32(bytes);
+        const int32_t w0 = _mm_cvtsi128_si32(_mm_packus_epi16(o, o));
         std::memcpy(d0 + 4 * i, &w0, 4);
-        if constexpr (kTwo) {
-            const int32_t w1 = _mm_cvtsi128_si32(_mm_srli_si128(bytes, 4));
-            std::memcpy(d1 + 4 * i, &w1, 4);
-        }
     }
 }
 
@@ -237,8 +226,7 @@ void SmoothRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
         RowsInGroups<1>(v, acc, fwd.data());
     } else {
         for (int32_t r = 0; r < v.rows; ++r) {
-            const uint8_t* s0 = v.src + r * v.step;
-            Rows<false>(acc, s0, s0, v.dst + r * v.step, nullptr, v.pairs, fwd.data());
+            OneRow(acc, v.src + r * v.step, v.dst + r * v.step, v.pairs, fwd.data());
         }
     }
 }
