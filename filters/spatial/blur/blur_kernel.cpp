@@ -35,8 +35,8 @@ void BlurRow(const uint8_t* src, uint8_t* dst, int32_t pairs, int32_t a, int32_t
 
 }  // namespace
 
-void BlurRowsScalar(const FieldView& v, int32_t a, int32_t* fwd) {
-    for (int32_t r = 0; r < v.rows; ++r) BlurRow(v.src + r * v.step, v.dst + r * v.step, v.pairs, a, fwd);
+void BlurRowsScalar(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
+    for (int32_t r = 0; r < v.rows; ++r) BlurRow(v.src + r * v.step, v.dst + r * v.step, v.pairs, a, fwd.data());
 }
 
 // Each row is read before it is written, so src may equal dst. The inner
@@ -72,12 +72,12 @@ bool BlurField(const FieldView& v, int32_t a, std::span<int32_t> scratch, SimdLe
     if (strip == 0) return false;
 
     const bool sse2 = level >= SimdLevel::sse2;
-    const BlurRowsFn horizontal = sse2 ? BlurRowsSse2 : BlurRowsScalar;
-    const BlurStripFn vertical = sse2 ? BlurStripSse2 : BlurStripScalar;
+    const BlurRowsFn horizontal = level >= SimdLevel::avx2 ? BlurRowsAvx2 : sse2 ? BlurRowsSse2 : BlurRowsScalar;
+    const BlurStripFn vertical = level >= SimdLevel::avx2 ? BlurStripAvx2 : sse2 ? BlurStripSse2 : BlurStripScalar;
     // One pair per row: the horizontal pass would change nothing.
     const uint8_t* vin = v.src;
     if (v.pairs > 1) {
-        horizontal(v, a, scratch.data());
+        horizontal(v, a, scratch);
         vin = v.dst;
     }
     for (int32_t c = 0; c < v.pairs; c += strip) {

@@ -33,11 +33,15 @@ bool BlurField(const FieldView& v, int32_t weight, std::span<int32_t> scratch, S
 
 // The horizontal pass over every row of the field, from v.src into v.dst,
 // with `fwd` holding at least 4 * v.pairs lanes.
-using BlurRowsFn = void (*)(const FieldView& v, int32_t a, int32_t* fwd);
-void BlurRowsScalar(const FieldView& v, int32_t a, int32_t* fwd);
-// Two rows per instruction, one pixel pair of each; bit-exact with
+using BlurRowsFn = void (*)(const FieldView& v, int32_t a, std::span<int32_t> fwd);
+void BlurRowsScalar(const FieldView& v, int32_t a, std::span<int32_t> fwd);
+// Two rows per instruction, one pixel pair of each, up to eight rows at once
+// when `fwd` holds 4 * v.pairs lanes per two rows; bit-exact with
 // BlurRowsScalar.
-void BlurRowsSse2(const FieldView& v, int32_t a, int32_t* fwd);
+void BlurRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
+// Four rows per instruction, eight rows at once when `fwd` holds 16 * v.pairs
+// lanes (otherwise the SSE2 pass); bit-exact with BlurRowsScalar.
+void BlurRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 
 // The vertical pass over one strip of `lanes` byte columns (a multiple of 4)
 // and `rows` rows `step` bytes apart, from src into dst (which may be the
@@ -49,6 +53,9 @@ void BlurStripScalar(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t r
                      int32_t* up);
 // Eight columns per instruction; bit-exact with BlurStripScalar.
 void BlurStripSse2(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
+                   int32_t* up);
+// Sixteen columns per instruction; bit-exact with BlurStripScalar.
+void BlurStripAvx2(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
                    int32_t* up);
 
 }  // namespace zvf::filters

@@ -1,5 +1,5 @@
-// Blur's passes with SSE2: the horizontal one two rows at a time, one pixel
-// pair of each per instruction; the vertical one eight byte columns of a
+// Blur's passes with SSE2: the horizontal one two rows per instruction, one
+// pixel pair of each, with up to four such recursions interleaved; the vertical one eight byte columns of a
 // strip per instruction, the rows swept as in the scalar version. Bit-exact
 // with the scalar passes.
 #include <cstring>
@@ -91,46 +91,71 @@ __m128i TwoPairs(const uint8_t* row0, const uint8_t* row1) {
     return _mm_unpacklo_epi8(_mm_unpacklo_epi32(_mm_cvtsi32_si128(w0), _mm_cvtsi32_si128(w1)), _mm_setzero_si128());
 }
 
-// Rows s0 and s1 (the same row when there is one left) into d0 and d1 (null
-// for none). The forward results of both rows, 16 bits each, fill exactly
-// the space the scalar pass uses for one row's 32-bit results.
-void TwoRows(const Step& blur, const uint8_t* s0, const uint8_t* s1, uint8_t* d0, uint8_t* d1, int32_t pairs,
-             uint8_t* fwd) {
-    __m128i p = TwoPairs(s0, s1);
+// Up to 2 * C rows at once, as C independent recursions of two rows each, so
+// that one row's dependent steps overlap the others'. Rows s[k] into d[k]
+// (null: a repeated row whose results are not wanted). The forward results,
+// 16 bits per lane, take 16 * C bytes per pair. At each pair every row is
+// read before any is written, so repeated rows and src == dst are safe.
+template <int C>
+void RowGroup(const Step& blur, const uint8_t* const (&s)[2 * C], uint8_t* const (&d)[2 * C], int32_t pairs,
+              uint8_t* fwd) {
+    __m128i p[C];
+    for (int c = 0; c < C; ++c) p[c] = TwoPairs(s[2 * c], s[2 * c + 1]);
     for (int32_t i = 0; i < pairs; ++i) {
-        p = blur(TwoPairs(s0 + 4 * i, s1 + 4 * i), p);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(fwd + 16 * i), p);
+        for (int c = 0; c < C; ++c) {
+            p[c] = blur(TwoPairs(s[2 * c] + 4 * i, s[2 * c + 1] + 4 * i), p[c]);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(fwd + 16 * (C * i + c)), p[c]);
+        }
     }
     const int32_t last = 4 * (pairs - 1);
-    p = TwoPairs(s0 + last, s1 + last);
+    for (int c = 0; c < C; ++c) p[c] = TwoPairs(s[2 * c] + last, s[2 * c + 1] + last);
     for (int32_t i = pairs - 1; i >= 0; --i) {
-        p = blur(TwoPairs(s0 + 4 * i, s1 + 4 * i), p);
-        const __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i*>(fwd + 16 * i));
-        const __m128i out = _mm_srli_epi16(_mm_add_epi16(y, p), 1);
-        const __m128i bytes = _mm_packus_epi16(out, out);
-        const int32_t w0 = _mm_cvtsi128_si32(bytes);
-        std::memcpy(d0 + 4 * i, &w0, 4);
-        if (d1 != nullptr) {
-            const int32_t w1 = _mm_cvtsi128_si32(_mm_srli_si128(bytes, 4));
-            std::memcpy(d1 + 4 * i, &w1, 4);
+        __m128i bytes[C];
+        for (int c = 0; c < C; ++c) {
+            p[c] = blur(TwoPairs(s[2 * c] + 4 * i, s[2 * c + 1] + 4 * i), p[c]);
+            const __m128i y = _mm_loadu_si128(reinterpret_cast<const __m128i*>(fwd + 16 * (C * i + c)));
+            const __m128i out = _mm_srli_epi16(_mm_add_epi16(y, p[c]), 1);
+            bytes[c] = _mm_packus_epi16(out, out);
         }
+        for (int c = 0; c < C; ++c) {
+            const int32_t w0 = _mm_cvtsi128_si32(bytes[c]);
+            const int32_t w1 = _mm_cvtsi128_si32(_mm_srli_si128(bytes[c], 4));
+            if (d[2 * c] != nullptr) std::memcpy(d[2 * c] + 4 * i, &w0, 4);
+            if (d[2 * c + 1] != nullptr) std::memcpy(d[2 * c + 1] + 4 * i, &w1, 4);
+        }
+    }
+}
+
+// Every row of the field in groups of 2 * C; the last group repeats the
+// field's last row where it runs short.
+template <int C>
+void RowsInGroups(const FieldView& v, const Step& blur, uint8_t* fwd) {
+    for (int32_t r = 0; r < v.rows; r += 2 * C) {
+        const uint8_t* s[2 * C];
+        uint8_t* d[2 * C];
+        for (int k = 0; k < 2 * C; ++k) {
+            const bool real = r + k < v.rows;
+            const int32_t row = real ? r + k : v.rows - 1;
+            s[k] = v.src + row * v.step;
+            d[k] = real ? v.dst + row * v.step : nullptr;
+        }
+        RowGroup<C>(blur, s, d, v.pairs, fwd);
     }
 }
 
 }  // namespace
 
-void BlurRowsSse2(const FieldView& v, int32_t a, int32_t* fwd) {
+void BlurRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
     const Step blur(a);
-    auto* words = reinterpret_cast<uint8_t*>(fwd);
-    int32_t r = 0;
-    for (; r + 1 < v.rows; r += 2) {
-        const uint8_t* s0 = v.src + r * v.step;
-        uint8_t* d0 = v.dst + r * v.step;
-        TwoRows(blur, s0, s0 + v.step, d0, d0 + v.step, v.pairs, words);
-    }
-    if (r < v.rows) {
-        const uint8_t* s0 = v.src + r * v.step;
-        TwoRows(blur, s0, s0, v.dst + r * v.step, nullptr, v.pairs, words);
+    auto* words = reinterpret_cast<uint8_t*>(fwd.data());
+    // Four recursions in flight where the scratch holds their results.
+    const size_t groups = fwd.size() / (4 * static_cast<size_t>(v.pairs));
+    if (groups >= 4 && v.rows > 4) {
+        RowsInGroups<4>(v, blur, words);
+    } else if (groups >= 2 && v.rows > 2) {
+        RowsInGroups<2>(v, blur, words);
+    } else {
+        RowsInGroups<1>(v, blur, words);
     }
 }
 
@@ -174,7 +199,7 @@ void BlurStripSse2(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t row
 namespace zvf::filters {
 
 // No SSE2 on this target: the scalar versions stand in.
-void BlurRowsSse2(const FieldView& v, int32_t a, int32_t* fwd) { BlurRowsScalar(v, a, fwd); }
+void BlurRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd) { BlurRowsScalar(v, a, fwd); }
 
 void BlurStripSse2(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
                    int32_t* up) {

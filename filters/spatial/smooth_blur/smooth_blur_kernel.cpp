@@ -68,8 +68,9 @@ bool SmoothBlurField(const FieldView& v, int32_t a, std::span<int32_t> scratch, 
     const int32_t strip = StripPairs(scratch.size() / kLanes, v.rows, v.pairs);
     if (strip == 0) return false;
     const bool sse2 = level >= SimdLevel::sse2;
-    (sse2 ? SmoothRowsSse2 : SmoothRowsScalar)(v, a, scratch);
-    const SmoothStripFn vertical = sse2 ? SmoothStripSse2 : SmoothStripScalar;
+    (level >= SimdLevel::avx2 ? SmoothRowsAvx2 : sse2 ? SmoothRowsSse2 : SmoothRowsScalar)(v, a, scratch);
+    const SmoothStripFn vertical =
+        level >= SimdLevel::avx2 ? SmoothStripAvx2 : sse2 ? SmoothStripSse2 : SmoothStripScalar;
     for (int32_t c = 0; c < v.pairs; c += strip) {
         const int32_t width = std::min(strip, v.pairs - c);
         vertical(v.dst + 4 * c, v.step, v.rows, 4 * width, a, scratch.data());

@@ -50,6 +50,9 @@ void SmoothRowsScalar(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 // One pixel pair per instruction, of two rows at once when `fwd` holds
 // 8 * v.pairs lanes; bit-exact with SmoothRowsScalar.
 void SmoothRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
+// Four rows per instruction, eight rows at once when `fwd` holds 32 * v.pairs
+// lanes (otherwise the SSE2 pass); bit-exact with SmoothRowsScalar.
+void SmoothRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 
 // The vertical pass over one strip of `lanes` byte columns (a multiple of 4)
 // and `rows` rows `step` bytes apart, in place: a bottom-up recursion whose
@@ -59,5 +62,7 @@ using SmoothStripFn = void (*)(uint8_t* base, ptrdiff_t step, int32_t rows, int3
 void SmoothStripScalar(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
 // Eight columns per instruction; bit-exact with SmoothStripScalar.
 void SmoothStripSse2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
+// Sixteen columns per instruction; bit-exact with SmoothStripScalar.
+void SmoothStripAvx2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
 
 }  // namespace zvf::filters

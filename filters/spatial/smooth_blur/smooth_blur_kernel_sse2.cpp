@@ -1,5 +1,5 @@
 // Smooth Blur's passes with SSE2: the horizontal one a pixel pair of one or
-// two rows per instruction; the vertical one eight byte columns of a strip
+// two rows per instruction, up to four such recursions interleaved; the vertical one eight byte columns of a strip
 // per instruction, the rows swept as in the scalar version. Bit-exact with
 // the scalar passes.
 #include <cstring>
@@ -121,38 +121,89 @@ __m128i CentredPairs(const uint8_t* row0, const uint8_t* row1) {
     return _mm_xor_si128(_mm_slli_epi16(x, 8), _mm_set1_epi16(static_cast<int16_t>(0x8000)));
 }
 
-// Rows s0 and s1 into d0 and d1. With kTwo false s1 is s0 and d1 unused: the
-// high lanes repeat row 0 and only its accumulators are kept, 16 bytes per
-// pair as in the scalar pass; with kTwo both rows' take 32 bytes per pair.
-template <bool kTwo>
-void Rows(const Accumulate& acc, const uint8_t* s0, const uint8_t* s1, uint8_t* d0, uint8_t* d1, int32_t pairs,
-          int32_t* fwd) {
-    constexpr int32_t kStride = kTwo ? 8 : 4;
+// One row: the high lanes repeat it and only its accumulators are kept, 16
+// bytes per pair as in the scalar pass (for scratch too small for two rows).
+void OneRow(const Accumulate& acc, const uint8_t* s0, uint8_t* d0, int32_t pairs, int32_t* fwd) {
     __m128i lo, hi;
-    __m128i p = CentredPairs(s0, s1);
+    __m128i p = CentredPairs(s0, s0);
     for (int32_t i = 0; i < pairs; ++i) {
-        acc(CentredPairs(s0 + 4 * i, s1 + 4 * i), p, lo, hi);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(fwd + kStride * i), lo);
-        if constexpr (kTwo) _mm_storeu_si128(reinterpret_cast<__m128i*>(fwd + kStride * i + 4), hi);
+        acc(CentredPairs(s0 + 4 * i, s0 + 4 * i), p, lo, hi);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(fwd + 4 * i), lo);
         p = NextStates(lo, hi);
     }
     const int32_t last = 4 * (pairs - 1);
-    p = CentredPairs(s0 + last, s1 + last);
+    p = CentredPairs(s0 + last, s0 + last);
     for (int32_t i = pairs - 1; i >= 0; --i) {
-        acc(CentredPairs(s0 + 4 * i, s1 + 4 * i), p, lo, hi);
+        acc(CentredPairs(s0 + 4 * i, s0 + 4 * i), p, lo, hi);
         p = NextStates(lo, hi);
-        const __m128i flo = _mm_loadu_si128(reinterpret_cast<const __m128i*>(fwd + kStride * i));
-        const __m128i fhi = kTwo ? _mm_loadu_si128(reinterpret_cast<const __m128i*>(fwd + kStride * i + 4)) : flo;
+        const __m128i f = _mm_loadu_si128(reinterpret_cast<const __m128i*>(fwd + 4 * i));
         const __m128i v =
-            _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(lo, flo), 16), _mm_srai_epi32(_mm_add_epi32(hi, fhi), 16));
+            _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(lo, f), 16), _mm_srai_epi32(_mm_add_epi32(hi, f), 16));
         const __m128i o = _mm_add_epi16(_mm_srai_epi16(v, 8), _mm_set1_epi16(128));
-        const __m128i bytes = _mm_packus_epi16(o, o);
-        const int32_t w0 = _mm_cvtsi128_si32(bytes);
+        const int32_t w0 = _mm_cvtsi128_si32(_mm_packus_epi16(o, o));
         std::memcpy(d0 + 4 * i, &w0, 4);
-        if constexpr (kTwo) {
-            const int32_t w1 = _mm_cvtsi128_si32(_mm_srli_si128(bytes, 4));
-            std::memcpy(d1 + 4 * i, &w1, 4);
+    }
+}
+
+// Up to 2 * C rows at once, as C independent recursions of two rows each, so
+// that one row's dependent steps overlap the others'. Rows s[k] into d[k]
+// (null: a repeated row whose results are not wanted); their accumulators
+// take 32 * C bytes per pair. At each pair every row is read before any is
+// written, so repeated rows and src == dst are safe.
+template <int C>
+void RowGroup(const Accumulate& acc, const uint8_t* const (&s)[2 * C], uint8_t* const (&d)[2 * C], int32_t pairs,
+              int32_t* fwd) {
+    __m128i p[C];
+    for (int c = 0; c < C; ++c) p[c] = CentredPairs(s[2 * c], s[2 * c + 1]);
+    for (int32_t i = 0; i < pairs; ++i) {
+        for (int c = 0; c < C; ++c) {
+            __m128i lo, hi;
+            acc(CentredPairs(s[2 * c] + 4 * i, s[2 * c + 1] + 4 * i), p[c], lo, hi);
+            int32_t* f = fwd + 8 * (C * i + c);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(f), lo);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(f + 4), hi);
+            p[c] = NextStates(lo, hi);
         }
+    }
+    const int32_t last = 4 * (pairs - 1);
+    for (int c = 0; c < C; ++c) p[c] = CentredPairs(s[2 * c] + last, s[2 * c + 1] + last);
+    for (int32_t i = pairs - 1; i >= 0; --i) {
+        __m128i bytes[C];
+        for (int c = 0; c < C; ++c) {
+            __m128i lo, hi;
+            acc(CentredPairs(s[2 * c] + 4 * i, s[2 * c + 1] + 4 * i), p[c], lo, hi);
+            p[c] = NextStates(lo, hi);
+            const int32_t* f = fwd + 8 * (C * i + c);
+            const __m128i flo = _mm_loadu_si128(reinterpret_cast<const __m128i*>(f));
+            const __m128i fhi = _mm_loadu_si128(reinterpret_cast<const __m128i*>(f + 4));
+            const __m128i v = _mm_packs_epi32(_mm_srai_epi32(_mm_add_epi32(lo, flo), 16),
+                                              _mm_srai_epi32(_mm_add_epi32(hi, fhi), 16));
+            const __m128i o = _mm_add_epi16(_mm_srai_epi16(v, 8), _mm_set1_epi16(128));
+            bytes[c] = _mm_packus_epi16(o, o);
+        }
+        for (int c = 0; c < C; ++c) {
+            const int32_t w0 = _mm_cvtsi128_si32(bytes[c]);
+            const int32_t w1 = _mm_cvtsi128_si32(_mm_srli_si128(bytes[c], 4));
+            if (d[2 * c] != nullptr) std::memcpy(d[2 * c] + 4 * i, &w0, 4);
+            if (d[2 * c + 1] != nullptr) std::memcpy(d[2 * c + 1] + 4 * i, &w1, 4);
+        }
+    }
+}
+
+// Every row of the field in groups of 2 * C; the last group repeats the
+// field's last row where it runs short.
+template <int C>
+void RowsInGroups(const FieldView& v, const Accumulate& acc, int32_t* fwd) {
+    for (int32_t r = 0; r < v.rows; r += 2 * C) {
+        const uint8_t* s[2 * C];
+        uint8_t* d[2 * C];
+        for (int k = 0; k < 2 * C; ++k) {
+            const bool real = r + k < v.rows;
+            const int32_t row = real ? r + k : v.rows - 1;
+            s[k] = v.src + row * v.step;
+            d[k] = real ? v.dst + row * v.step : nullptr;
+        }
+        RowGroup<C>(acc, s, d, v.pairs, fwd);
     }
 }
 
@@ -164,18 +215,19 @@ void SmoothRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
         return;
     }
     const Accumulate acc(a);
-    const bool two = fwd.size() >= 8 * static_cast<size_t>(v.pairs);
-    int32_t r = 0;
-    if (two) {
-        for (; r + 1 < v.rows; r += 2) {
-            const uint8_t* s0 = v.src + r * v.step;
-            uint8_t* d0 = v.dst + r * v.step;
-            Rows<true>(acc, s0, s0 + v.step, d0, d0 + v.step, v.pairs, fwd.data());
+    // Four recursions in flight where the scratch holds their accumulators;
+    // with room for one row only, one row at a time.
+    const size_t rowPairs = fwd.size() / (8 * static_cast<size_t>(v.pairs));
+    if (rowPairs >= 4 && v.rows > 4) {
+        RowsInGroups<4>(v, acc, fwd.data());
+    } else if (rowPairs >= 2 && v.rows > 2) {
+        RowsInGroups<2>(v, acc, fwd.data());
+    } else if (rowPairs >= 1) {
+        RowsInGroups<1>(v, acc, fwd.data());
+    } else {
+        for (int32_t r = 0; r < v.rows; ++r) {
+            OneRow(acc, v.src + r * v.step, v.dst + r * v.step, v.pairs, fwd.data());
         }
-    }
-    for (; r < v.rows; ++r) {
-        const uint8_t* s0 = v.src + r * v.step;
-        Rows<false>(acc, s0, s0, v.dst + r * v.step, nullptr, v.pairs, fwd.data());
     }
 }
 

@@ -98,7 +98,9 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
     // The first output line uses field lines 0, 1 and 2, as the second does.
     for (int i = 0; i < 3; ++i) loader.Load(buf[i], i);
 
-    const MatrixLineFn line = level >= SimdLevel::sse2 ? MatrixLineSse2 : MatrixLine;
+    const MatrixLineFn line = level >= SimdLevel::avx2   ? MatrixLineAvx2
+                              : level >= SimdLevel::sse2 ? MatrixLineSse2
+                                                         : MatrixLine;
     for (int32_t j = 0; j < v.rows; ++j) {
         if (j >= 2) {
             // Slide the span down; the line entering it is not written yet.

@@ -33,12 +33,15 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
 // lines (above, same, below). Each buffered line carries, before its first
 // byte and after its last, the edge neighbours of every channel: bytes -3,
 // -2, -1 hold the first Cb, Y and Cr; bytes to, to + 1 and to + 3 the next
-// Y, Cb and Cr. The SSE2 version is bit-exact with the scalar one.
+// Y, Cb and Cr. The SSE2 and AVX2 versions are bit-exact with the scalar
+// one; they read up to 4 bytes on either side of [from, to) as well.
 using MatrixLineFn = void (*)(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                               const MatrixCoefficients& c);
 void MatrixLine(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                 const MatrixCoefficients& c);
 void MatrixLineSse2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                    const MatrixCoefficients& c);
+void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c);
 
 }  // namespace zvf::filters

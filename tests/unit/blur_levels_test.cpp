@@ -1,0 +1,130 @@
+// Blur's and Smooth Blur's SIMD levels against the scalar passes at every
+// level this processor has: fields of 1 to 19 rows (so that groups of rows
+// run short), every width from 2 to 130 pixels at odd offsets, scratch from
+// the fewest entries to full strips, in place and not, random and extreme
+// pictures and weights, guard bytes around the rectangle untouched; and the
+// AVX2 vertical passes on every strip width directly.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <vector>
+
+#include "kit/frame.h"
+#include "kit/services.h"
+#include "spatial/blur/blur_kernel.h"
+#include "spatial/blur/blur_scratch.h"
+#include "spatial/smooth_blur/smooth_blur_kernel.h"
+
+namespace zvf::filters {
+namespace {
+
+constexpr uint8_t kMarker = 0xC3;
+
+std::vector<SimdLevel> Levels() {
+    const SimdLevel best = LevelFromFeatures(host::DetectProcessorFeatures());
+    std::vector<SimdLevel> levels;
+    if (best >= SimdLevel::sse2) levels.push_back(SimdLevel::sse2);
+    if (best >= SimdLevel::avx2) levels.push_back(SimdLevel::avx2);
+    return levels;
+}
+
+using FieldKernel = bool (*)(const FieldView&, int32_t, std::span<int32_t>, SimdLevel);
+struct Kernel {
+    const char* name;
+    FieldKernel run;
+};
+const Kernel kKernels[] = {{"Blur", BlurField}, {"Smooth Blur", SmoothBlurField}};
+
+uint8_t Sample(std::mt19937& rng, int picture, size_t i) {
+    switch (picture) {
+        case 0:
+            return static_cast<uint8_t>(rng());
+        case 1:
+            return 0;
+        case 2:
+            return 255;
+        case 3:
+            return (i & 1) ? 255 : 0;
+        default:
+            return rng() % 17 == 0 ? 255 : 0;
+    }
+}
+
+std::vector<uint8_t> Render(const Kernel& kernel, const std::vector<uint8_t>& pixels, int32_t w, int32_t h,
+                            const Rect& r, int32_t field, int32_t a, bool fullScratch, bool inPlace, SimdLevel level) {
+    std::vector<uint8_t> in = pixels;
+    std::vector<uint8_t> out = inPlace ? pixels : std::vector<uint8_t>(pixels.size(), kMarker);
+    host::Frame src(in.data(), w, h), dst(out.data(), w, h);
+    FieldView v;
+    EXPECT_EQ(OpenField(&dst, inPlace ? &dst : &src, &r, field, &v), status::ok);
+    const size_t entries = fullScratch ? FullScratchEntries(v.rows, v.pairs) : MinScratchEntries(v.rows, v.pairs);
+    std::vector<int32_t> scratch(kLanes * entries);
+    EXPECT_TRUE(kernel.run(v, a, scratch, level));
+    return out;
+}
+
+TEST(BlurLevels, FieldsAreByteIdenticalToScalarAtEveryLevel) {
+    const int32_t weights[] = {0, 1, 128, 10809, 20642, 32767, 32768};
+    std::mt19937 rng(5);
+    int checked = 0;
+    for (SimdLevel level : Levels())
+        for (const Kernel& kernel : kKernels)
+            for (int32_t width = 2; width <= 130; ++width) {
+                const int32_t left = 1 + 2 * (width % 2);
+                const int32_t fieldRows = 1 + width % 19;
+                const int32_t h = 2 * fieldRows + 3;
+                const int32_t w = left + width + 2;
+                const Rect r{left, 1, left + width, 1 + 2 * fieldRows};
+                const int32_t field = 1;  // the rows from 1 on
+                const int32_t a = weights[width % 7];
+                std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 2);
+                const int picture = width % 5;
+                for (size_t i = 0; i < pixels.size(); ++i) pixels[i] = Sample(rng, picture, i);
+                for (bool full : {false, true})
+                    for (bool inPlace : {false, true}) {
+                        const auto want = Render(kernel, pixels, w, h, r, field, a, full, inPlace, SimdLevel::scalar);
+                        const auto got = Render(kernel, pixels, w, h, r, field, a, full, inPlace, level);
+                        ASSERT_EQ(got, want) << kernel.name << " " << SimdLevelName(level) << " width " << width
+                                             << " rows " << fieldRows << " weight " << a << (full ? " full" : " min")
+                                             << (inPlace ? " in place" : "");
+                        // Outside the field's pairs of the rectangle nothing changed.
+                        const int32_t end = left + 2 * (width / 2);
+                        for (int32_t y = 0; y < h; ++y)
+                            for (int32_t x = 0; x < w; ++x) {
+                                if (y >= r.top && y < r.bottom && (y & 1) == field && x >= left && x < end) continue;
+                                for (size_t b = 0; b < 2; ++b) {
+                                    const size_t at = (static_cast<size_t>(y) * w + x) * 2 + b;
+                                    ASSERT_EQ(got[at], inPlace ? pixels[at] : kMarker) << x << "," << y;
+                                }
+                            }
+                        ++checked;
+                    }
+            }
+    EXPECT_EQ(checked, static_cast<int>(Levels().size()) * 2 * 129 * 4);
+}
+
+TEST(BlurLevels, Avx2StripsMatchScalarOnEveryStripWidth) {
+    if (LevelFromFeatures(host::DetectProcessorFeatures()) < SimdLevel::avx2) GTEST_SKIP() << "no AVX2";
+    std::mt19937 rng(17);
+    for (int32_t lanes = 4; lanes <= 4 * kStripPairs; lanes += 4) {
+        for (int32_t rows : {1, 2, 3, 18}) {
+            for (int32_t a : {0, 1, static_cast<int32_t>(rng() % 32769), 32767, 32768}) {
+                const ptrdiff_t step = lanes + 7;
+                std::vector<uint8_t> src(static_cast<size_t>(step) * rows + 8);
+                for (uint8_t& b : src) b = static_cast<uint8_t>(rng() % 3 == 0 ? (rng() & 1) * 255 : rng());
+                std::vector<uint8_t> scalar(src.size(), kMarker), avx2(src.size(), kMarker);
+                std::vector<int32_t> up(static_cast<size_t>(rows) * lanes);
+                BlurStripScalar(src.data() + 1, scalar.data() + 1, step, rows, lanes, a, up.data());
+                BlurStripAvx2(src.data() + 1, avx2.data() + 1, step, rows, lanes, a, up.data());
+                ASSERT_EQ(avx2, scalar) << "lanes " << lanes << " rows " << rows << " weight " << a;
+                std::vector<uint8_t> smoothScalar = src, smoothAvx2 = src;
+                SmoothStripScalar(smoothScalar.data() + 1, step, rows, lanes, a, up.data());
+                SmoothStripAvx2(smoothAvx2.data() + 1, step, rows, lanes, a, up.data());
+                ASSERT_EQ(smoothAvx2, smoothScalar) << "smooth lanes " << lanes << " rows " << rows << " weight " << a;
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace zvf::filters

@@ -1,0 +1,143 @@
+// Matrix's SIMD line kernels against the scalar one at every level this
+// processor has: random and extreme lines, every run of pairs from 1 to 65
+// (2 to 130 pixels) starting at odd pair offsets, coefficients from the
+// dialog's range to extreme 16-bit values, guard bytes around the output;
+// and whole fields at every level, at the frame's right edge and in place.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <vector>
+
+#include "kit/frame.h"
+#include "kit/services.h"
+#include "temporal/matrix/matrix_kernel.h"
+
+namespace zvf::filters {
+namespace {
+
+constexpr ptrdiff_t kGuard = 40;
+constexpr uint8_t kGuardByte = 0x5A;
+
+struct Level {
+    SimdLevel level;
+    MatrixLineFn line;
+};
+
+std::vector<Level> Levels() {
+    const SimdLevel best = LevelFromFeatures(host::DetectProcessorFeatures());
+    std::vector<Level> levels;
+    if (best >= SimdLevel::sse2) levels.push_back({SimdLevel::sse2, MatrixLineSse2});
+    if (best >= SimdLevel::avx2) levels.push_back({SimdLevel::avx2, MatrixLineAvx2});
+    return levels;
+}
+
+MatrixCoefficients Coefficients(std::mt19937& rng, int kind) {
+    MatrixCoefficients c;
+    c.valid = 1;
+    c.normalize = kind % 2;
+    for (auto& row : c.rows) {
+        for (int k = 0; k < 3; ++k) {
+            switch (kind / 2) {
+                case 0:  // dialog-sized values
+                    row[k] = static_cast<int16_t>(static_cast<int32_t>(rng() % 511) - 255);
+                    break;
+                case 1:  // extremes
+                    row[k] = (rng() & 1) ? int16_t{32767} : int16_t{-32768};
+                    break;
+                default:
+                    row[k] = static_cast<int16_t>(rng());
+                    break;
+            }
+        }
+    }
+    return c;
+}
+
+uint8_t Sample(std::mt19937& rng, int fill, size_t i) {
+    switch (fill) {
+        case 0:
+            return static_cast<uint8_t>(rng());
+        case 1:
+            return 0;
+        case 2:
+            return 255;
+        default:
+            return (i / 2) % 2 ? 255 : 0;
+    }
+}
+
+TEST(MatrixSimd, LineByteIdenticalToScalarWithGuardsUntouched) {
+    std::mt19937 rng(2026);
+    const std::vector<Level> levels = Levels();
+    if (levels.empty()) GTEST_SKIP() << "no SIMD level on this processor";
+    for (const Level& level : levels) {
+        for (ptrdiff_t pairs = 1; pairs <= 65; ++pairs) {
+            for (ptrdiff_t first : {0, 1, 3}) {
+                for (int kind = 0; kind < 6; ++kind) {
+                    const int fill = static_cast<int>((pairs + kind) % 4);
+                    const ptrdiff_t from = 4 * first, to = from + 4 * pairs;
+                    // Each line: its 4 edge bytes either side of [from, to).
+                    std::vector<uint8_t> data[3];
+                    for (std::vector<uint8_t>& d : data) {
+                        d.resize(static_cast<size_t>(to + 8));
+                        for (size_t i = 0; i < d.size(); ++i) d[i] = Sample(rng, fill, i);
+                    }
+                    const uint8_t* const view[3] = {data[0].data() + 4, data[1].data() + 4, data[2].data() + 4};
+                    const MatrixCoefficients c = Coefficients(rng, kind);
+                    std::vector<uint8_t> want(static_cast<size_t>(to + 2 * kGuard), kGuardByte);
+                    std::vector<uint8_t> got = want;
+                    MatrixLine(view, want.data() + kGuard, from, to, c);
+                    level.line(view, got.data() + kGuard, from, to, c);
+                    ASSERT_EQ(want, got) << SimdLevelName(level.level) << " pairs " << pairs << " first " << first
+                                         << " kind " << kind;
+                    for (ptrdiff_t i = 0; i < kGuard + from; ++i) ASSERT_EQ(got[static_cast<size_t>(i)], kGuardByte);
+                    for (size_t i = static_cast<size_t>(kGuard + to); i < got.size(); ++i)
+                        ASSERT_EQ(got[i], kGuardByte);
+                }
+            }
+        }
+    }
+}
+
+TEST(MatrixSimd, FieldsMatchScalarAtEveryLevel) {
+    std::mt19937 rng(99);
+    for (const Level& level : Levels()) {
+        for (int32_t width : {2, 3, 17, 64, 65, 130, 131}) {
+            for (int32_t left : {0, 1, 3}) {
+                for (int kind = 0; kind < 6; ++kind) {
+                    const int32_t w = left + width + (width % 3);  // sometimes flush with the right edge
+                    host::Frame src(w, 9), scalar(w, 9), simd(w, 9);
+                    for (size_t i = 0; i < src.Bytes(); ++i) {
+                        src.Pixels()[i] = Sample(rng, kind % 4, i);
+                        scalar.Pixels()[i] = simd.Pixels()[i] = static_cast<uint8_t>(rng());
+                    }
+                    const MatrixCoefficients c = Coefficients(rng, kind);
+                    const Rect r{left, 1, left + width, 8};
+                    for (int32_t field : {0, 1}) {
+                        FieldView a, b;
+                        ASSERT_EQ(OpenField(&scalar, &src, &r, field, &a, OddRule::SelectorNonZero), status::ok);
+                        ASSERT_EQ(OpenField(&simd, &src, &r, field, &b, OddRule::SelectorNonZero), status::ok);
+                        ASSERT_TRUE(ConvolveMatrixField(a, c, SimdLevel::scalar));
+                        ASSERT_TRUE(ConvolveMatrixField(b, c, level.level));
+                    }
+                    ASSERT_TRUE(std::equal(scalar.Pixels(), scalar.Pixels() + scalar.Bytes(), simd.Pixels()))
+                        << SimdLevelName(level.level) << " width " << width << " left " << left << " kind " << kind;
+                }
+            }
+        }
+        // In place.
+        host::Frame a(97, 11), b(97, 11);
+        for (size_t i = 0; i < a.Bytes(); ++i) a.Pixels()[i] = b.Pixels()[i] = static_cast<uint8_t>(rng());
+        const MatrixCoefficients c = Coefficients(rng, 4);
+        const Rect r{1, 0, 96, 11};
+        FieldView va, vb;
+        ASSERT_EQ(OpenField(&a, &a, &r, 1, &va, OddRule::SelectorNonZero), status::ok);
+        ASSERT_EQ(OpenField(&b, &b, &r, 1, &vb, OddRule::SelectorNonZero), status::ok);
+        ASSERT_TRUE(ConvolveMatrixField(va, c, SimdLevel::scalar));
+        ASSERT_TRUE(ConvolveMatrixField(vb, c, level.level));
+        ASSERT_TRUE(std::equal(a.Pixels(), a.Pixels() + a.Bytes(), b.Pixels())) << SimdLevelName(level.level);
+    }
+}
+
+}  // namespace
+}  // namespace zvf::filters
