@@ -164,7 +164,9 @@ void BM_Kernel(benchmark::State& state, Size size, Kernel kernel, SimdLevel leve
 }
 
 // Kernels with an AVX2 level of their own, run at it as well.
-bool HasAvx2Twin(const std::string& name) { return name == "Matrix" || name == "Blur" || name == "Smooth Blur"; }
+bool HasAvx2Twin(const std::string& name) {
+    return name == "Matrix" || name == "Blur" || name == "Smooth Blur" || name == "Mirror" || name == "Color Wheel";
+}
 
 }  // namespace
 
