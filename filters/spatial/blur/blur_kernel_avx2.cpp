@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "blur_kernel.h"
+#include "blur_row_groups.h"
 #include "blur_scratch.h"
 
 #if defined(__AVX2__)
@@ -98,19 +99,7 @@ void BlurRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
     const __m256i weights = _mm256_set1_epi32(static_cast<int32_t>((16384u << 16) | static_cast<uint16_t>(a - 16384)));
     const __m256i round = _mm256_set1_epi32(16384);
     auto* words = reinterpret_cast<uint8_t*>(fwd.data());
-    // Groups of eight rows; the last repeats the field's last row where it
-    // runs short.
-    for (int32_t r = 0; r < v.rows; r += 8) {
-        const uint8_t* s[2][4];
-        uint8_t* d[2][4];
-        for (int k = 0; k < 8; ++k) {
-            const bool real = r + k < v.rows;
-            const int32_t row = real ? r + k : v.rows - 1;
-            s[k / 4][k % 4] = v.src + row * v.step;
-            d[k / 4][k % 4] = real ? v.dst + row * v.step : nullptr;
-        }
-        EightRows(weights, round, s, d, v.pairs, words);
-    }
+    ForEachRowGroup<2, 4>(v, [&](const auto& s, const auto& d) { EightRows(weights, round, s, d, v.pairs, words); });
 }
 
 void BlurStripAvx2(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,

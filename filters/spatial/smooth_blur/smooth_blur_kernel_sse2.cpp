@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "smooth_blur_kernel.h"
+#include "spatial/blur/blur_row_groups.h"
 #include "spatial/blur/blur_scratch.h"
 
 #if defined(__SSE2__)
@@ -190,21 +191,10 @@ void RowGroup(const Accumulate& acc, const uint8_t* const (&s)[2 * C], uint8_t* 
     }
 }
 
-// Every row of the field in groups of 2 * C; the last group repeats the
-// field's last row where it runs short.
+// Every row of the field in groups of 2 * C.
 template <int C>
 void RowsInGroups(const FieldView& v, const Accumulate& acc, int32_t* fwd) {
-    for (int32_t r = 0; r < v.rows; r += 2 * C) {
-        const uint8_t* s[2 * C];
-        uint8_t* d[2 * C];
-        for (int k = 0; k < 2 * C; ++k) {
-            const bool real = r + k < v.rows;
-            const int32_t row = real ? r + k : v.rows - 1;
-            s[k] = v.src + row * v.step;
-            d[k] = real ? v.dst + row * v.step : nullptr;
-        }
-        RowGroup<C>(acc, s, d, v.pairs, fwd);
-    }
+    ForEachRowGroup<1, 2 * C>(v, [&](const auto& s, const auto& d) { RowGroup<C>(acc, s[0], d[0], v.pairs, fwd); });
 }
 
 }  // namespace
