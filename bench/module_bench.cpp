@@ -1,6 +1,8 @@
 // Every built filter through the loaded module, both fields of a frame, at
 // 1920x1080 and 3840x2160, beside a plain copy of the same rows measured in
-// the same run. Reported: ms per frame and the ratio to the copy.
+// the same run. Reported: ms per frame and the ratios to two copies: one
+// memcpy of the whole frame, and the same rows copied row by row, one field
+// after the other, as the filters touch them.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -43,13 +45,28 @@ double& CopyMs(int size) {
     static double ms[2] = {0, 0};
     return ms[size];
 }
+double& FieldCopyMs(int size) {
+    static double ms[2] = {0, 0};
+    return ms[size];
+}
 
-void BM_Copy(benchmark::State& state) {
+// Both fields' rows, one field after the other, each row on its own.
+void CopyFields(Frame& dst, const Frame& src) {
+    const size_t row = static_cast<size_t>(src.Width()) * 2;
+    for (int32_t field = 0; field < 2; ++field)
+        for (int32_t y = field; y < src.Height(); y += 2)
+            std::memcpy(dst.Pixels() + y * row, src.Pixels() + y * row, row);
+}
+
+void BM_Copy(benchmark::State& state, bool byField) {
     const Size s = kSizes[state.range(0)];
     Frame src(s.w, s.h), dst(s.w, s.h);
     FillPicture(src);
     for (auto _ : state) {
-        std::memcpy(dst.Pixels(), src.Pixels(), src.Bytes());
+        if (byField)
+            CopyFields(dst, src);
+        else
+            std::memcpy(dst.Pixels(), src.Pixels(), src.Bytes());
         benchmark::ClobberMemory();
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * src.Bytes()));
@@ -70,21 +87,27 @@ void BM_Filter(benchmark::State& state, size_t index) {
     const double ms = (NowSeconds() - start) * 1000.0 / static_cast<double>(state.iterations());
     state.counters["ms_per_frame"] = ms;
     state.counters["x_copy"] = ms / CopyMs(static_cast<int>(state.range(0)));
+    state.counters["x_field_copy"] = ms / FieldCopyMs(static_cast<int>(state.range(0)));
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * src.Bytes()));
 }
 
-// The copy's time per frame, measured once per size before the filters.
-void MeasureCopy() {
+// The copies' times per frame, measured once per size before the filters.
+void MeasureCopies() {
     for (int i = 0; i < 2; ++i) {
         Frame src(kSizes[i].w, kSizes[i].h), dst(kSizes[i].w, kSizes[i].h);
         FillPicture(src);
         const int reps = i == 0 ? 400 : 100;
-        const auto start = NowSeconds();
-        for (int r = 0; r < reps; ++r) {
-            std::memcpy(dst.Pixels(), src.Pixels(), src.Bytes());
-            benchmark::ClobberMemory();
+        for (bool byField : {false, true}) {
+            const auto start = NowSeconds();
+            for (int r = 0; r < reps; ++r) {
+                if (byField)
+                    CopyFields(dst, src);
+                else
+                    std::memcpy(dst.Pixels(), src.Pixels(), src.Bytes());
+                benchmark::ClobberMemory();
+            }
+            (byField ? FieldCopyMs(i) : CopyMs(i)) = (NowSeconds() - start) * 1000.0 / reps;
         }
-        CopyMs(i) = (NowSeconds() - start) * 1000.0 / reps;
     }
 }
 
@@ -96,11 +119,15 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "cannot load %s\n", zvf::host::DefaultModulePath().c_str());
         return 1;
     }
-    MeasureCopy();
-    for (int i = 0; i < 2; ++i)
-        benchmark::RegisterBenchmark((std::string("copy/") + kSizes[i].name).c_str(), BM_Copy)
+    MeasureCopies();
+    for (int i = 0; i < 2; ++i) {
+        benchmark::RegisterBenchmark((std::string("copy/") + kSizes[i].name).c_str(), BM_Copy, false)
             ->Arg(i)
             ->Unit(benchmark::kMillisecond);
+        benchmark::RegisterBenchmark((std::string("field copy/") + kSizes[i].name).c_str(), BM_Copy, true)
+            ->Arg(i)
+            ->Unit(benchmark::kMillisecond);
+    }
     zvf::host::LoadedModule& m = *Module();
     for (size_t f = 0; f < m.FilterCount(); ++f) {
         // Only filters whose rendering is built.
