@@ -2,10 +2,14 @@
 // both fields of a frame, at 1920x1080 and 3840x2160, at the scalar level and
 // at the best level this processor has, beside a plain copy of the same rows.
 // The parameters are the demo's, so no kernel meets only its identity case.
+// Each kernel reports ms per frame and its ratios to both copies of its size
+// (run the copies in the same invocation, or the ratios are left out).
 #include <benchmark/benchmark.h>
 
 #include <cstring>
+#include <ctime>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -24,6 +28,7 @@
 #include "temporal/anti_flicker/anti_flicker_kernel.h"
 #include "temporal/matrix/matrix_coefficients.h"
 #include "temporal/matrix/matrix_kernel.h"
+#include "temporal/strobe_freeze/strobe_kernel.h"
 #include "temporal/video_noise/video_noise_kernel.h"
 #include "zvf/field.h"
 #include "zvf/simd_level.h"
@@ -140,15 +145,39 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
         {"YUV Curve",
          [s = TakeSnapshot(Lifted())](Frames&, FieldView& v, SimdLevel l) { RenderCurve(v, s, l); }},
         {"Color Wheel", [p = PlanWheel(ThirdTurn())](Frames&, FieldView& v, SimdLevel l) { RenderWheel(v, p, l); }},
+        // Its dearest step: the capture that starts every held stretch.
+        {"Strobe/Freeze capture",
+         [](Frames&, FieldView& v, SimdLevel) { CaptureSmoothed(v.src, v.dst, v.pitch, v.rows, v.pairs); }},
     };
+}
+
+// Processor time of this (single-threaded) process, so the ratios hold up
+// while other work shares the machine.
+double NowMs() { return 1000.0 * static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
+
+// ms per frame of the whole-frame copy and of the field copy, by frame width;
+// the copies run before the kernels of their size and leave their times here
+// for the kernels' ratios.
+std::map<int32_t, std::pair<double, double>> g_copyMs;
+
+// ms per frame of the loop just run, and the ratios to the copies of that size.
+void Report(benchmark::State& state, const Size& size, double startMs) {
+    const double ms = (NowMs() - startMs) / static_cast<double>(state.iterations());
+    state.counters["ms_per_frame"] = ms;
+    const auto copies = g_copyMs.find(size.w);
+    if (copies == g_copyMs.end()) return;
+    if (copies->second.first > 0) state.counters["x_copy"] = ms / copies->second.first;
+    if (copies->second.second > 0) state.counters["x_field_copy"] = ms / copies->second.second;
 }
 
 void BM_Copy(benchmark::State& state, Size size) {
     Frames f(size);
+    const double start = NowMs();
     for (auto _ : state) {
         std::memcpy(f.dst.data(), f.src.data(), f.src.size());
         benchmark::ClobberMemory();
     }
+    g_copyMs[size.w].first = (NowMs() - start) / static_cast<double>(state.iterations());
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * f.src.size()));
 }
 
@@ -157,23 +186,27 @@ void BM_Copy(benchmark::State& state, Size size) {
 void BM_FieldCopy(benchmark::State& state, Size size) {
     Frames f(size);
     FieldView fields[2] = {f.Field(0), f.Field(1)};
+    const double start = NowMs();
     for (auto _ : state) {
         for (const FieldView& v : fields)
             for (int32_t r = 0; r < v.rows; ++r)
                 std::memcpy(v.dst + r * v.step, v.src + r * v.step, static_cast<size_t>(v.pairs) * 4);
         benchmark::ClobberMemory();
     }
+    g_copyMs[size.w].second = (NowMs() - start) / static_cast<double>(state.iterations());
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * f.src.size()));
 }
 
 void BM_Kernel(benchmark::State& state, Size size, Kernel kernel, SimdLevel level) {
     Frames f(size);
     FieldView fields[2] = {f.Field(0), f.Field(1)};
+    const double start = NowMs();
     for (auto _ : state) {
         kernel(f, fields[0], level);
         kernel(f, fields[1], level);
         benchmark::ClobberMemory();
     }
+    Report(state, size, start);
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * f.src.size()));
 }
 
