@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "zvf/field.h"
+#include "zvf/simd_level.h"
 
 namespace zvf::filters {
 
@@ -42,6 +43,22 @@ uint32_t NoiseRun(uint32_t x, uint32_t* out, int32_t n, int32_t stride) {
     }
     for (; i < n; ++i) out[i * stride] = x = a * x + c;
     return x;
+}
+
+// k steps of the generator x' = a x + c at once: x_{n+k} = mul x_n + add
+// (mod 2^32), so vector kernels can start lanes and lines anywhere.
+struct NoiseJump {
+    uint32_t mul = 1;
+    uint32_t add = 0;
+    constexpr uint32_t operator()(uint32_t x) const { return mul * x + add; }
+};
+constexpr NoiseJump NoiseJumpBy(uint32_t a, uint32_t c, uint32_t k) {
+    NoiseJump r, p{a, c};
+    for (; k != 0; k >>= 1) {
+        if (k & 1) r = {p.mul * r.mul, p.mul * r.add + p.add};
+        p = {p.mul * p.mul, p.mul * p.add + p.add};
+    }
+    return r;
 }
 
 // Pairs per line from which lines stop sharing one continuous stream.
@@ -95,6 +112,24 @@ public:
         s_ = NoiseRun<kMulB, kAddB>(s_, out + 1, n, 2);
     }
 
+    // The slots the next draws start from: Gray and narrow Colour run A on
+    // Working(); wide Colour runs A on Saved() and B on Working().
+    bool Wide() const { return wide_; }
+    uint32_t Working() const { return s_; }
+    uint32_t Saved() const { return m_; }
+
+    // Passes over the next n pairs as n calls of Gray or Colour would, given
+    // the n-step jumps of A and B.
+    void SkipGray(NoiseJump an) { s_ = an(s_); }
+    void SkipColour(NoiseJump an, NoiseJump bn) {
+        if (!wide_) {
+            s_ = an(an(s_));
+            return;
+        }
+        m_ = an(m_);
+        s_ = bn(s_);
+    }
+
 private:
     static constexpr uint32_t Rotate16(uint32_t x) { return (x >> 16) | (x << 16); }
     void Swap() {
@@ -128,5 +163,11 @@ void AddNoiseField(const FieldView& v, int32_t weight, bool grayscale, uint32_t 
 // input, weight and seed (the scalar version defines the results). Runs the
 // scalar version on builds without SSE2.
 void AddNoiseFieldSse2(const FieldView& v, int32_t weight, bool grayscale, uint32_t seed);
+// AVX2 twin, bit-exact likewise. Runs the SSE2 version on builds without AVX2.
+void AddNoiseFieldAvx2(const FieldView& v, int32_t weight, bool grayscale, uint32_t seed);
+
+using NoiseKernel = void (*)(const FieldView& v, int32_t weight, bool grayscale, uint32_t seed);
+// The fastest twin the level allows; the scalar one at SimdLevel::scalar.
+NoiseKernel SelectNoiseKernel(SimdLevel level);
 
 }  // namespace zvf::filters
