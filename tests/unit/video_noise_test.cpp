@@ -99,30 +99,6 @@ TEST(NoiseStream, WideRegionsJuggleTwoSlotsPerLine) {
     }
 }
 
-TEST(NoiseStream, RunsOfDrawsEqualDrawsOneByOne) {
-    for (bool wide : {false, true}) {
-        for (uint32_t seed : {0u, 0x12345678u, 0xFFFFFFFFu}) {
-            NoiseStream one(seed, wide), gray(seed, wide), colour(seed, wide), oneColour(seed, wide);
-            for (int32_t n : {0, 1, 3, 4, 5, 8, 13, 64}) {
-                one.StartLine();
-                gray.StartLine();
-                colour.StartLine();
-                oneColour.StartLine();
-                uint32_t g[64], c[128];
-                gray.GrayRun(g, n);
-                colour.ColourRun(c, n);
-                for (int32_t i = 0; i < n; ++i) {
-                    ASSERT_EQ(g[i], one.Gray()) << wide << " " << seed << " n " << n << " pair " << i;
-                    uint32_t r1, r2;
-                    oneColour.Colour(&r1, &r2);
-                    ASSERT_EQ(c[2 * i], r1) << wide << " " << seed << " n " << n << " pair " << i;
-                    ASSERT_EQ(c[2 * i + 1], r2) << wide << " " << seed << " n " << n << " pair " << i;
-                }
-            }
-        }
-    }
-}
-
 TEST(NoiseJump, JumpsLandWhereSingleStepsDo) {
     // Known answers: from 0, A's second state is 0x47502932 and B's first 0x00010DCD.
     EXPECT_EQ(NoiseJumpBy(kMulA, kAddA, 2)(0), 0x47502932u);

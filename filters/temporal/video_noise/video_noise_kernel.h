@@ -19,32 +19,6 @@ constexpr uint32_t NoiseStepB(uint32_t x) { return x * kMulB + kAddB; }
 constexpr int32_t NoiseLow(uint32_t draw) { return static_cast<int32_t>((draw >> 8) & 0xFF) - 128; }
 constexpr int32_t NoiseHigh(uint32_t draw) { return static_cast<int32_t>((draw >> 16) & 0xFF) - 128; }
 
-// n successive states of the generator x' = a x + c from x, written `stride`
-// apart; returns the last. Four chains jump four steps at a time, so the
-// multiplies do not wait on each other.
-template <uint32_t a, uint32_t c>
-uint32_t NoiseRun(uint32_t x, uint32_t* out, int32_t n, int32_t stride) {
-    constexpr uint32_t a2 = a * a, a3 = a2 * a, a4 = a3 * a;
-    constexpr uint32_t c2 = c * (a + 1), c3 = c * (a2 + a + 1), c4 = c * (a3 + a2 + a + 1);
-    int32_t i = 0;
-    if (n >= 4) {
-        uint32_t x1 = a * x + c, x2 = a2 * x + c2, x3 = a3 * x + c3, x4 = a4 * x + c4;
-        for (; i + 4 <= n; i += 4) {
-            out[i * stride] = x1;
-            out[(i + 1) * stride] = x2;
-            out[(i + 2) * stride] = x3;
-            out[(i + 3) * stride] = x4;
-            x = x4;
-            x1 = a4 * x1 + c4;
-            x2 = a4 * x2 + c4;
-            x3 = a4 * x3 + c4;
-            x4 = a4 * x4 + c4;
-        }
-    }
-    for (; i < n; ++i) out[i * stride] = x = a * x + c;
-    return x;
-}
-
 // k steps of the generator x' = a x + c at once: x_{n+k} = mul x_n + add
 // (mod 2^32), so vector kernels can start lanes and lines anywhere.
 struct NoiseJump {
@@ -96,20 +70,6 @@ public:
         *r1 = s_ = NoiseStepA(s_);
         Swap();
         *r2 = s_ = NoiseStepB(s_);
-    }
-
-    // The draws of the next n pairs at once, as n calls of Gray (one draw
-    // per pair) or of Colour (r1, r2 interleaved, 2n draws) would give them.
-    void GrayRun(uint32_t* out, int32_t n) { s_ = NoiseRun<kMulA, kAddA>(s_, out, n, 1); }
-    void ColourRun(uint32_t* out, int32_t n) {
-        if (!wide_) {
-            s_ = NoiseRun<kMulA, kAddA>(s_, out, 2 * n, 1);
-            return;
-        }
-        // Each pair exchanges the slots twice, so one slot runs A and the
-        // other B for the whole stretch.
-        m_ = NoiseRun<kMulA, kAddA>(m_, out, n, 2);
-        s_ = NoiseRun<kMulB, kAddB>(s_, out + 1, n, 2);
     }
 
     // The slots the next draws start from: Gray and narrow Colour run A on
