@@ -103,7 +103,7 @@ private:
 };
 
 // Weight of the noise, a 1.14 fraction: ratio * 16384 / 100 truncated toward
-// zero, held in a 16-bit lane as the packed multiply-add takes it (every
+// zero, held in a 16-bit lane as the vector multiplies take it (every
 // ratio up to 199 is exact; 5 gives 819, 100 gives 16384).
 int32_t NoiseWeight(uint32_t ratio);
 
