@@ -110,7 +110,7 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
         {"Monotone", [](Frames&, FieldView& v, SimdLevel l) { SelectMonotoneKernel(l)(v, 108, 148); }},
         {"Video Noise",
          [](Frames&, FieldView& v, SimdLevel l) {
-             (l == SimdLevel::scalar ? AddNoiseField : AddNoiseFieldSse2)(v, NoiseWeight(40), false, 12345u);
+             SelectNoiseKernel(l)(v, NoiseWeight(40), false, 12345u);
          }},
         {"Matrix",
          [c = DeriveMatrixCoefficients(Sharpen())](Frames&, FieldView& v, SimdLevel l) { ConvolveMatrixField(v, c, l); }},

@@ -99,25 +99,47 @@ TEST(NoiseStream, WideRegionsJuggleTwoSlotsPerLine) {
     }
 }
 
-TEST(NoiseStream, RunsOfDrawsEqualDrawsOneByOne) {
+TEST(NoiseJump, JumpsLandWhereSingleStepsDo) {
+    // Known answers: from 0, A's second state is 0x47502932 and B's first 0x00010DCD.
+    EXPECT_EQ(NoiseJumpBy(kMulA, kAddA, 2)(0), 0x47502932u);
+    EXPECT_EQ(NoiseJumpBy(kMulB, kAddB, 1)(0), 0x00010DCDu);
+    EXPECT_EQ(NoiseJumpBy(kMulA, kAddA, 0)(0xDEADBEEF), 0xDEADBEEFu);
+    for (uint32_t k : {0u, 1u, 2u, 3u, 7u, 8u, 16u, 31u, 32u, 511u, 512u, 1000u, 65535u}) {
+        for (uint32_t x0 : {0u, 1u, 0x12345678u, 0xFFFFFFFFu}) {
+            uint32_t a = x0, b = x0;
+            for (uint32_t i = 0; i < k; ++i) {
+                a = NoiseStepA(a);
+                b = NoiseStepB(b);
+            }
+            EXPECT_EQ(NoiseJumpBy(kMulA, kAddA, k)(x0), a) << "A, k " << k << " from " << x0;
+            EXPECT_EQ(NoiseJumpBy(kMulB, kAddB, k)(x0), b) << "B, k " << k << " from " << x0;
+        }
+    }
+}
+
+TEST(NoiseStream, SkipsLeaveTheSlotsWhereDrawsOneByOneWould) {
     for (bool wide : {false, true}) {
-        for (uint32_t seed : {0u, 0x12345678u, 0xFFFFFFFFu}) {
-            NoiseStream one(seed, wide), gray(seed, wide), colour(seed, wide), oneColour(seed, wide);
-            for (int32_t n : {0, 1, 3, 4, 5, 8, 13, 64}) {
-                one.StartLine();
+        for (int32_t n : {1, 5, 512, 700}) {
+            const NoiseJump an = NoiseJumpBy(kMulA, kAddA, static_cast<uint32_t>(n));
+            const NoiseJump bn = NoiseJumpBy(kMulB, kAddB, static_cast<uint32_t>(n));
+            NoiseStream gray(0xA5A5F00D, wide), grayOne(0xA5A5F00D, wide);
+            NoiseStream colour(0xA5A5F00D, wide), colourOne(0xA5A5F00D, wide);
+            for (int line = 0; line < 3; ++line) {
                 gray.StartLine();
+                grayOne.StartLine();
                 colour.StartLine();
-                oneColour.StartLine();
-                uint32_t g[64], c[128];
-                gray.GrayRun(g, n);
-                colour.ColourRun(c, n);
+                colourOne.StartLine();
+                gray.SkipGray(an);
+                colour.SkipColour(an, bn);
                 for (int32_t i = 0; i < n; ++i) {
-                    ASSERT_EQ(g[i], one.Gray()) << wide << " " << seed << " n " << n << " pair " << i;
                     uint32_t r1, r2;
-                    oneColour.Colour(&r1, &r2);
-                    ASSERT_EQ(c[2 * i], r1) << wide << " " << seed << " n " << n << " pair " << i;
-                    ASSERT_EQ(c[2 * i + 1], r2) << wide << " " << seed << " n " << n << " pair " << i;
+                    grayOne.Gray();
+                    colourOne.Colour(&r1, &r2);
                 }
+                ASSERT_EQ(gray.Working(), grayOne.Working()) << wide << " n " << n << " line " << line;
+                ASSERT_EQ(gray.Saved(), grayOne.Saved()) << wide << " n " << n << " line " << line;
+                ASSERT_EQ(colour.Working(), colourOne.Working()) << wide << " n " << n << " line " << line;
+                ASSERT_EQ(colour.Saved(), colourOne.Saved()) << wide << " n " << n << " line " << line;
             }
         }
     }

@@ -44,10 +44,7 @@ public:
         const VideoNoiseRecord params = record_;  // read once, without a lock
         const int32_t w = NoiseWeight(params.ratio);
         const bool gray = params.grayscale != 0;
-        if (Simd() >= SimdLevel::sse2)
-            AddNoiseFieldSse2(v, w, gray, FreshSeed());
-        else
-            AddNoiseField(v, w, gray, FreshSeed());
+        SelectNoiseKernel(Simd())(v, w, gray, FreshSeed());
         return status::ok;
     }
 

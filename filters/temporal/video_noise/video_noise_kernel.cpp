@@ -56,4 +56,14 @@ void AddNoiseField(const FieldView& v, int32_t weight, bool grayscale, uint32_t 
         Run<false>(v, weight, seed);
 }
 
+NoiseKernel SelectNoiseKernel(SimdLevel level) {
+#if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
+    if (level >= SimdLevel::avx2) return AddNoiseFieldAvx2;
+    if (level >= SimdLevel::sse2) return AddNoiseFieldSse2;
+#else
+    (void)level;
+#endif
+    return AddNoiseField;
+}
+
 }  // namespace zvf::filters

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "zvf/field.h"
+#include "zvf/simd_level.h"
 
 namespace zvf::filters {
 
@@ -18,30 +19,20 @@ constexpr uint32_t NoiseStepB(uint32_t x) { return x * kMulB + kAddB; }
 constexpr int32_t NoiseLow(uint32_t draw) { return static_cast<int32_t>((draw >> 8) & 0xFF) - 128; }
 constexpr int32_t NoiseHigh(uint32_t draw) { return static_cast<int32_t>((draw >> 16) & 0xFF) - 128; }
 
-// n successive states of the generator x' = a x + c from x, written `stride`
-// apart; returns the last. Four chains jump four steps at a time, so the
-// multiplies do not wait on each other.
-template <uint32_t a, uint32_t c>
-uint32_t NoiseRun(uint32_t x, uint32_t* out, int32_t n, int32_t stride) {
-    constexpr uint32_t a2 = a * a, a3 = a2 * a, a4 = a3 * a;
-    constexpr uint32_t c2 = c * (a + 1), c3 = c * (a2 + a + 1), c4 = c * (a3 + a2 + a + 1);
-    int32_t i = 0;
-    if (n >= 4) {
-        uint32_t x1 = a * x + c, x2 = a2 * x + c2, x3 = a3 * x + c3, x4 = a4 * x + c4;
-        for (; i + 4 <= n; i += 4) {
-            out[i * stride] = x1;
-            out[(i + 1) * stride] = x2;
-            out[(i + 2) * stride] = x3;
-            out[(i + 3) * stride] = x4;
-            x = x4;
-            x1 = a4 * x1 + c4;
-            x2 = a4 * x2 + c4;
-            x3 = a4 * x3 + c4;
-            x4 = a4 * x4 + c4;
-        }
+// k steps of the generator x' = a x + c at once: x_{n+k} = mul x_n + add
+// (mod 2^32), so vector kernels can start lanes and lines anywhere.
+struct NoiseJump {
+    uint32_t mul = 1;
+    uint32_t add = 0;
+    constexpr uint32_t operator()(uint32_t x) const { return mul * x + add; }
+};
+constexpr NoiseJump NoiseJumpBy(uint32_t a, uint32_t c, uint32_t k) {
+    NoiseJump r, p{a, c};
+    for (; k != 0; k >>= 1) {
+        if (k & 1) r = {p.mul * r.mul, p.mul * r.add + p.add};
+        p = {p.mul * p.mul, p.mul * p.add + p.add};
     }
-    for (; i < n; ++i) out[i * stride] = x = a * x + c;
-    return x;
+    return r;
 }
 
 // Pairs per line from which lines stop sharing one continuous stream.
@@ -81,18 +72,22 @@ public:
         *r2 = s_ = NoiseStepB(s_);
     }
 
-    // The draws of the next n pairs at once, as n calls of Gray (one draw
-    // per pair) or of Colour (r1, r2 interleaved, 2n draws) would give them.
-    void GrayRun(uint32_t* out, int32_t n) { s_ = NoiseRun<kMulA, kAddA>(s_, out, n, 1); }
-    void ColourRun(uint32_t* out, int32_t n) {
+    // The slots the next draws start from: Gray and narrow Colour run A on
+    // Working(); wide Colour runs A on Saved() and B on Working().
+    bool Wide() const { return wide_; }
+    uint32_t Working() const { return s_; }
+    uint32_t Saved() const { return m_; }
+
+    // Passes over the next n pairs as n calls of Gray or Colour would, given
+    // the n-step jumps of A and B.
+    void SkipGray(NoiseJump an) { s_ = an(s_); }
+    void SkipColour(NoiseJump an, NoiseJump bn) {
         if (!wide_) {
-            s_ = NoiseRun<kMulA, kAddA>(s_, out, 2 * n, 1);
+            s_ = an(an(s_));
             return;
         }
-        // Each pair exchanges the slots twice, so one slot runs A and the
-        // other B for the whole stretch.
-        m_ = NoiseRun<kMulA, kAddA>(m_, out, n, 2);
-        s_ = NoiseRun<kMulB, kAddB>(s_, out + 1, n, 2);
+        m_ = an(m_);
+        s_ = bn(s_);
     }
 
 private:
@@ -108,7 +103,7 @@ private:
 };
 
 // Weight of the noise, a 1.14 fraction: ratio * 16384 / 100 truncated toward
-// zero, held in a 16-bit lane as the packed multiply-add takes it (every
+// zero, held in a 16-bit lane as the vector multiplies take it (every
 // ratio up to 199 is exact; 5 gives 819, 100 gives 16384).
 int32_t NoiseWeight(uint32_t ratio);
 
@@ -128,5 +123,11 @@ void AddNoiseField(const FieldView& v, int32_t weight, bool grayscale, uint32_t 
 // input, weight and seed (the scalar version defines the results). Runs the
 // scalar version on builds without SSE2.
 void AddNoiseFieldSse2(const FieldView& v, int32_t weight, bool grayscale, uint32_t seed);
+// AVX2 twin, bit-exact likewise. Runs the SSE2 version on builds without AVX2.
+void AddNoiseFieldAvx2(const FieldView& v, int32_t weight, bool grayscale, uint32_t seed);
+
+using NoiseKernel = void (*)(const FieldView& v, int32_t weight, bool grayscale, uint32_t seed);
+// The fastest twin the level allows; the scalar one at SimdLevel::scalar.
+NoiseKernel SelectNoiseKernel(SimdLevel level);
 
 }  // namespace zvf::filters
