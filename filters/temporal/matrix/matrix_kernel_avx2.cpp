@@ -9,7 +9,10 @@
 // interleaved again when packing. Chroma is not re-centred per sample: the
 // sums subtract 128 times the coefficient total once, which is the same
 // integer as the sum of centred products.
+// Kernels with a narrow form take a cheaper loop: bytes times signed byte
+// weights, two taps per product pair, summed in 16 bits.
 #include "matrix_kernel.h"
+#include "matrix_narrow.h"
 
 #if defined(__AVX2__)
 #include <immintrin.h>
@@ -26,10 +29,97 @@ __attribute__((always_inline)) inline __m256i Load(const uint8_t* p) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
 }
 
+// Byte shuffles of a 16-byte window starting 4 bytes before eight outputs:
+// output j's left and right taps side by side, and its centre tap beside a
+// zero (or, for a second line, a zero beside it). Luma (even j) taps are 2
+// bytes apart, chroma (odd j) 4.
+alignas(32) constexpr int8_t kLeftRight[32] = {2, 6, 1, 9, 4, 8, 3, 11, 6, 10, 5, 13, 8, 12, 7, 15,
+                                               2, 6, 1, 9, 4, 8, 3, 11, 6, 10, 5, 13, 8, 12, 7, 15};
+alignas(32) constexpr int8_t kCentreLow[32] = {4, -1, 5, -1, 6, -1, 7, -1, 8, -1, 9, -1, 10, -1, 11, -1,
+                                               4, -1, 5, -1, 6, -1, 7, -1, 8, -1, 9, -1, 10, -1, 11, -1};
+alignas(32) constexpr int8_t kCentreHigh[32] = {-1, 4, -1, 5, -1, 6, -1, 7, -1, 8, -1, 9, -1, 10, -1, 11,
+                                                -1, 4, -1, 5, -1, 6, -1, 7, -1, 8, -1, 9, -1, 10, -1, 11};
+
+__attribute__((always_inline)) inline __m256i Pair(int8_t first, int8_t second) {
+    const auto low = static_cast<uint16_t>(static_cast<uint8_t>(first));
+    const auto high = static_cast<uint16_t>(static_cast<uint8_t>(second) << 8);
+    return _mm256_set1_epi16(static_cast<int16_t>(low | high));
+}
+
+// One window's 16-bit sums (started at the chroma bias) to 16-bit results:
+// shifted arithmetically; luma capped at 255 as an unsigned value, so that a
+// negative sum turns white when normalising (as the logical shift of the
+// 32-bit sum makes it), while without normalisation the cap is off and the
+// pack takes negatives to 0; chroma given its 128 back.
+__attribute__((always_inline)) inline __m256i Finish(const __m256i& sum, const __m128i& shift, const __m256i& cap,
+                                                     const __m256i& back) {
+    return _mm256_add_epi16(_mm256_min_epu16(_mm256_sra_epi16(sum, shift), cap), back);
+}
+
+// Whole steps of 32 output bytes from the narrow form; returns where it
+// stopped. A 32-byte load 4 bytes before the step serves outputs 0-7 and
+// 16-23, one 4 bytes after it outputs 8-15 and 24-31, so the in-lane pack of
+// the two windows' sums puts every byte back in order. The outer lines'
+// centre taps share one product pair; taps weighted 0 are skipped.
+ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                      const MatrixNarrow& n, bool normalize) {
+    const __m256i leftRight = Load(reinterpret_cast<const uint8_t*>(kLeftRight));
+    const __m256i centreLow = Load(reinterpret_cast<const uint8_t*>(kCentreLow));
+    const __m256i centreHigh = Load(reinterpret_cast<const uint8_t*>(kCentreHigh));
+    __m256i sideWeights[3];
+    bool sides[3];
+    for (int r = 0; r < 3; ++r) {
+        sideWeights[r] = Pair(n.weights[r][0], n.weights[r][2]);
+        sides[r] = n.weights[r][0] != 0 || n.weights[r][2] != 0;
+    }
+    const __m256i outerCentres = Pair(n.weights[0][1], n.weights[2][1]);
+    const __m256i middleCentre = Pair(n.weights[1][1], 0);
+    const bool outer = n.weights[0][1] != 0 || n.weights[2][1] != 0;
+    const bool middle = n.weights[1][1] != 0;
+    const __m256i chromaWords = _mm256_set1_epi32(static_cast<int32_t>(0xFFFF0000u));
+    const __m256i bias = _mm256_and_si256(_mm256_set1_epi16(n.chromaBias), chromaWords);
+    const __m256i back = _mm256_and_si256(_mm256_set1_epi16(128), chromaWords);
+    const __m256i cap = normalize ? _mm256_or_si256(_mm256_set1_epi32(255), chromaWords) : _mm256_set1_epi8(-1);
+    const __m128i shift = _mm_cvtsi32_si128(n.shift);
+    ptrdiff_t o = from;
+    for (; o + 32 <= to; o += 32) {
+        // No sum leaves 16 bits: the narrow form bounds them all.
+        __m256i lo = bias, hi = bias;
+        __m256i a[3], b[3];
+        for (int r = 0; r < 3; ++r) {
+            a[r] = Load(lines[r] + o - 4);
+            b[r] = Load(lines[r] + o + 4);
+            if (sides[r]) {
+                lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(_mm256_shuffle_epi8(a[r], leftRight), sideWeights[r]));
+                hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(_mm256_shuffle_epi8(b[r], leftRight), sideWeights[r]));
+            }
+        }
+        if (outer) {
+            const __m256i ca = _mm256_or_si256(_mm256_shuffle_epi8(a[0], centreLow), _mm256_shuffle_epi8(a[2], centreHigh));
+            const __m256i cb = _mm256_or_si256(_mm256_shuffle_epi8(b[0], centreLow), _mm256_shuffle_epi8(b[2], centreHigh));
+            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(ca, outerCentres));
+            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(cb, outerCentres));
+        }
+        if (middle) {
+            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(_mm256_shuffle_epi8(a[1], centreLow), middleCentre));
+            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(_mm256_shuffle_epi8(b[1], centreLow), middleCentre));
+        }
+        const __m256i bytes = _mm256_packus_epi16(Finish(lo, shift, cap, back), Finish(hi, shift, cap, back));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), bytes);
+    }
+    return o;
+}
+
 }  // namespace
 
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c) {
+    MatrixNarrow narrow;
+    if (NarrowMatrix(c, &narrow)) {
+        const ptrdiff_t o = NarrowSteps(lines, out, from, to, narrow, c.normalize != 0);
+        if (o < to) MatrixLineSse2(lines, out, o, to, c);
+        return;
+    }
     const __m256i lowBytes = _mm256_set1_epi32(0x00FF00FF);  // byte 0 and byte 2 as 16-bit halves
     const __m256i byte2 = _mm256_set1_epi32(0x00FF0000);
     const __m256i byte0 = _mm256_set1_epi32(0x000000FF);
