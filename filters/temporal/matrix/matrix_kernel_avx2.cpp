@@ -29,43 +29,33 @@ __attribute__((always_inline)) inline __m256i Load(const uint8_t* p) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
 }
 
-// Byte shuffles of a 16-byte window starting 4 bytes before eight outputs:
-// output j's left and right taps side by side, and its centre tap beside a
-// zero (or, for a second line, a zero beside it). Luma (even j) taps are 2
+// Byte shuffle of a 16-byte window starting 4 bytes before eight outputs:
+// output j's left and right taps side by side. Luma (even j) taps are 2
 // bytes apart, chroma (odd j) 4.
 alignas(32) constexpr int8_t kLeftRight[32] = {2, 6, 1, 9, 4, 8, 3, 11, 6, 10, 5, 13, 8, 12, 7, 15,
                                                2, 6, 1, 9, 4, 8, 3, 11, 6, 10, 5, 13, 8, 12, 7, 15};
-alignas(32) constexpr int8_t kCentreLow[32] = {4, -1, 5, -1, 6, -1, 7, -1, 8, -1, 9, -1, 10, -1, 11, -1,
-                                               4, -1, 5, -1, 6, -1, 7, -1, 8, -1, 9, -1, 10, -1, 11, -1};
-alignas(32) constexpr int8_t kCentreHigh[32] = {-1, 4, -1, 5, -1, 6, -1, 7, -1, 8, -1, 9, -1, 10, -1, 11,
-                                                -1, 4, -1, 5, -1, 6, -1, 7, -1, 8, -1, 9, -1, 10, -1, 11};
 
-__attribute__((always_inline)) inline __m256i Pair(int8_t first, int8_t second) {
+__attribute__((always_inline)) inline __m256i Pair(int32_t first, int32_t second) {
     const auto low = static_cast<uint16_t>(static_cast<uint8_t>(first));
     const auto high = static_cast<uint16_t>(static_cast<uint8_t>(second) << 8);
     return _mm256_set1_epi16(static_cast<int16_t>(low | high));
 }
 
-// One window's 16-bit sums (started at the chroma bias) to 16-bit results:
-// shifted arithmetically; luma capped at 255 as an unsigned value, so that a
-// negative sum turns white when normalising (as the logical shift of the
-// 32-bit sum makes it), while without normalisation the cap is off and the
-// pack takes negatives to 0; chroma given its 128 back.
-__attribute__((always_inline)) inline __m256i Finish(const __m256i& sum, const __m128i& shift, const __m256i& cap,
-                                                     const __m256i& back) {
-    return _mm256_add_epi16(_mm256_min_epu16(_mm256_sra_epi16(sum, shift), cap), back);
-}
-
 // Whole steps of 32 output bytes from the narrow form; returns where it
 // stopped. A 32-byte load 4 bytes before the step serves outputs 0-7 and
-// 16-23, one 4 bytes after it outputs 8-15 and 24-31, so the in-lane pack of
-// the two windows' sums puts every byte back in order. The outer lines'
-// centre taps share one product pair; taps weighted 0 are skipped.
+// 16-23, one 4 bytes after it outputs 8-15 and 24-31: the byte unpacks of a
+// load at the step itself give the centre taps in that same order, and the
+// in-lane pack of the two halves' sums puts every byte back in order. The
+// outer lines' centre taps share one product pair; taps weighted 0 are
+// skipped. The sums start at the chroma bias (and, unshifted, at chroma's
+// 128 as well); luma is capped at 255 as an unsigned value, so that a
+// negative sum turns white when normalising (as the logical shift of the
+// 32-bit sum makes it), while without normalisation the cap is off and the
+// pack takes negatives to 0.
+template <bool kShifted>
 ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                       const MatrixNarrow& n, bool normalize) {
     const __m256i leftRight = Load(reinterpret_cast<const uint8_t*>(kLeftRight));
-    const __m256i centreLow = Load(reinterpret_cast<const uint8_t*>(kCentreLow));
-    const __m256i centreHigh = Load(reinterpret_cast<const uint8_t*>(kCentreHigh));
     __m256i sideWeights[3];
     bool sides[3];
     for (int r = 0; r < 3; ++r) {
@@ -77,35 +67,41 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
     const bool outer = n.weights[0][1] != 0 || n.weights[2][1] != 0;
     const bool middle = n.weights[1][1] != 0;
     const __m256i chromaWords = _mm256_set1_epi32(static_cast<int32_t>(0xFFFF0000u));
-    const __m256i bias = _mm256_and_si256(_mm256_set1_epi16(n.chromaBias), chromaWords);
+    const int32_t start = n.chromaBias + (kShifted ? 0 : 128);
+    const __m256i bias = _mm256_and_si256(_mm256_set1_epi16(static_cast<int16_t>(start)), chromaWords);
     const __m256i back = _mm256_and_si256(_mm256_set1_epi16(128), chromaWords);
     const __m256i cap = normalize ? _mm256_or_si256(_mm256_set1_epi32(255), chromaWords) : _mm256_set1_epi8(-1);
     const __m128i shift = _mm_cvtsi32_si128(n.shift);
+    const __m256i zero = _mm256_setzero_si256();
     ptrdiff_t o = from;
     for (; o + 32 <= to; o += 32) {
         // No sum leaves 16 bits: the narrow form bounds them all.
         __m256i lo = bias, hi = bias;
-        __m256i a[3], b[3];
         for (int r = 0; r < 3; ++r) {
-            a[r] = Load(lines[r] + o - 4);
-            b[r] = Load(lines[r] + o + 4);
-            if (sides[r]) {
-                lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(_mm256_shuffle_epi8(a[r], leftRight), sideWeights[r]));
-                hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(_mm256_shuffle_epi8(b[r], leftRight), sideWeights[r]));
-            }
+            if (!sides[r]) continue;
+            const __m256i a = _mm256_shuffle_epi8(Load(lines[r] + o - 4), leftRight);
+            const __m256i b = _mm256_shuffle_epi8(Load(lines[r] + o + 4), leftRight);
+            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(a, sideWeights[r]));
+            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(b, sideWeights[r]));
         }
         if (outer) {
-            const __m256i ca = _mm256_or_si256(_mm256_shuffle_epi8(a[0], centreLow), _mm256_shuffle_epi8(a[2], centreHigh));
-            const __m256i cb = _mm256_or_si256(_mm256_shuffle_epi8(b[0], centreLow), _mm256_shuffle_epi8(b[2], centreHigh));
-            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(ca, outerCentres));
-            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(cb, outerCentres));
+            const __m256i above = Load(lines[0] + o), below = Load(lines[2] + o);
+            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(_mm256_unpacklo_epi8(above, below), outerCentres));
+            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(_mm256_unpackhi_epi8(above, below), outerCentres));
         }
         if (middle) {
-            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(_mm256_shuffle_epi8(a[1], centreLow), middleCentre));
-            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(_mm256_shuffle_epi8(b[1], centreLow), middleCentre));
+            const __m256i same = Load(lines[1] + o);
+            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(_mm256_unpacklo_epi8(same, zero), middleCentre));
+            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(_mm256_unpackhi_epi8(same, zero), middleCentre));
         }
-        const __m256i bytes = _mm256_packus_epi16(Finish(lo, shift, cap, back), Finish(hi, shift, cap, back));
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), bytes);
+        if (kShifted) {
+            lo = _mm256_add_epi16(_mm256_min_epu16(_mm256_sra_epi16(lo, shift), cap), back);
+            hi = _mm256_add_epi16(_mm256_min_epu16(_mm256_sra_epi16(hi, shift), cap), back);
+        } else {
+            lo = _mm256_min_epu16(lo, cap);
+            hi = _mm256_min_epu16(hi, cap);
+        }
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), _mm256_packus_epi16(lo, hi));
     }
     return o;
 }
@@ -116,7 +112,9 @@ void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
                     const MatrixCoefficients& c) {
     MatrixNarrow narrow;
     if (NarrowMatrix(c, &narrow)) {
-        const ptrdiff_t o = NarrowSteps(lines, out, from, to, narrow, c.normalize != 0);
+        const bool normalize = c.normalize != 0;
+        const ptrdiff_t o = narrow.shift != 0 ? NarrowSteps<true>(lines, out, from, to, narrow, normalize)
+                                              : NarrowSteps<false>(lines, out, from, to, narrow, normalize);
         if (o < to) MatrixLineSse2(lines, out, o, to, c);
         return;
     }
