@@ -12,7 +12,6 @@
 // Kernels with a narrow form take a cheaper loop: bytes times signed byte
 // weights, two taps per product pair, summed in 16 bits.
 #include "matrix_kernel.h"
-#include "matrix_narrow.h"
 
 #if defined(__AVX2__)
 #include <immintrin.h>
@@ -108,14 +107,19 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
 
 }  // namespace
 
+void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                          const MatrixCoefficients& c, const MatrixNarrow& narrow) {
+    const bool normalize = c.normalize != 0;
+    const ptrdiff_t o = narrow.shift != 0 ? NarrowSteps<true>(lines, out, from, to, narrow, normalize)
+                                          : NarrowSteps<false>(lines, out, from, to, narrow, normalize);
+    if (o < to) MatrixLineSse2(lines, out, o, to, c);
+}
+
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c) {
     MatrixNarrow narrow;
     if (NarrowMatrix(c, &narrow)) {
-        const bool normalize = c.normalize != 0;
-        const ptrdiff_t o = narrow.shift != 0 ? NarrowSteps<true>(lines, out, from, to, narrow, normalize)
-                                              : NarrowSteps<false>(lines, out, from, to, narrow, normalize);
-        if (o < to) MatrixLineSse2(lines, out, o, to, c);
+        MatrixNarrowLineAvx2(lines, out, from, to, c, narrow);
         return;
     }
     const __m256i lowBytes = _mm256_set1_epi32(0x00FF00FF);  // byte 0 and byte 2 as 16-bit halves
@@ -182,6 +186,11 @@ void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
 }
 
 #else
+
+void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                          const MatrixCoefficients& c, const MatrixNarrow&) {
+    MatrixLineSse2(lines, out, from, to, c);
+}
 
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c) {
