@@ -36,7 +36,7 @@ std::vector<Level> Levels() {
 }
 
 // Kinds of coefficients: even kinds are not normalised, odd ones are.
-constexpr int kKinds = 12;
+constexpr int kKinds = 14;
 
 // Small weights scaled by 2^t (t = 0 unless normalising) whose magnitudes
 // total `magnitude`, capped so that each coefficient fits 16 bits; all of one
@@ -80,6 +80,20 @@ MatrixCoefficients Coefficients(std::mt19937& rng, int kind) {
         }
         case 5:  // large shifts, small weights (sharpen-like)
             return ScaledWeights(rng, kind % 2, 1 + static_cast<int32_t>(rng() % 72), 9, 12);
+        case 6: {  // the usual kernels' coefficients, and -32768 (weight -8 when normalising)
+            static constexpr int16_t kFixed[][9] = {
+                {0, -4096, 0, -4096, 20480, -4096, 0, -4096, 0},           // sharpen
+                {256, 512, 256, 512, 1024, 512, 256, 512, 256},            // Gaussian
+                {-8192, -4096, 0, -4096, 4096, 4096, 0, 4096, 8192},       // emboss
+                {-4096, -4096, -4096, -4096, -32768, 28672, 0, 0, 4096},  // extremes, narrow when normalising
+            };
+            MatrixCoefficients c;
+            c.valid = 1;
+            c.normalize = kind % 2;
+            const auto& k = kFixed[rng() % 4];
+            for (int i = 0; i < 9; ++i) c.rows[i / 3][i % 3] = k[i];
+            return c;
+        }
         default:
             break;
     }
