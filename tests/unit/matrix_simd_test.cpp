@@ -82,9 +82,9 @@ MatrixCoefficients Coefficients(std::mt19937& rng, int kind) {
             return ScaledWeights(rng, kind % 2, 1 + static_cast<int32_t>(rng() % 72), 9, 12);
         case 6: {  // the usual kernels' coefficients, and -32768 (weight -8 when normalising)
             static constexpr int16_t kFixed[][9] = {
-                {0, -4096, 0, -4096, 20480, -4096, 0, -4096, 0},           // sharpen
-                {256, 512, 256, 512, 1024, 512, 256, 512, 256},            // Gaussian
-                {-8192, -4096, 0, -4096, 4096, 4096, 0, 4096, 8192},       // emboss
+                {0, -4096, 0, -4096, 20480, -4096, 0, -4096, 0},          // sharpen
+                {256, 512, 256, 512, 1024, 512, 256, 512, 256},           // Gaussian
+                {-8192, -4096, 0, -4096, 4096, 4096, 0, 4096, 8192},      // emboss
                 {-4096, -4096, -4096, -4096, -32768, 28672, 0, 0, 4096},  // extremes, narrow when normalising
             };
             MatrixCoefficients c;
