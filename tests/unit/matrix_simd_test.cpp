@@ -1,16 +1,20 @@
 // Matrix's SIMD line kernels against the scalar one at every level this
 // processor has: random and extreme lines, every run of pairs from 1 to 65
 // (2 to 130 pixels) starting at odd pair offsets, coefficients from the
-// dialog's range to extreme 16-bit values, guard bytes around the output;
-// and whole fields at every level, at the frame's right edge and in place.
+// dialog's range to extreme 16-bit values and kernels on either side of the
+// narrow form's bound (weights totalling 128 and 129, scaled by powers of
+// two), guard bytes around the output; and whole fields at every level, at
+// the frame's right edge and in place.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <vector>
 
 #include "kit/frame.h"
 #include "kit/services.h"
 #include "temporal/matrix/matrix_kernel.h"
+#include "temporal/matrix/matrix_narrow.h"
 
 namespace zvf::filters {
 namespace {
@@ -31,7 +35,68 @@ std::vector<Level> Levels() {
     return levels;
 }
 
+// Kinds of coefficients: even kinds are not normalised, odd ones are.
+constexpr int kKinds = 14;
+
+// Small weights scaled by 2^t (t = 0 unless normalising) whose magnitudes
+// total `magnitude`, capped so that each coefficient fits 16 bits; all of one
+// sign half the time, so that sums over bright pictures reach the bound.
+MatrixCoefficients ScaledWeights(std::mt19937& rng, int32_t normalize, int32_t magnitude, int32_t minShift,
+                                 int32_t maxShift) {
+    MatrixCoefficients c;
+    c.valid = 1;
+    c.normalize = normalize;
+    const auto shifts = static_cast<uint32_t>(maxShift - minShift + 1);
+    const int32_t t = normalize ? minShift + static_cast<int32_t>(rng() % shifts) : 0;
+    const int32_t limit = std::min(127, 32767 >> t);
+    magnitude = std::min(magnitude, 9 * limit);
+    const int32_t sign = rng() % 2 ? 0 : ((rng() & 1) ? 1 : -1);  // 0: mixed signs
+    int32_t w[9] = {};
+    for (int32_t left = magnitude; left > 0;) {
+        const int i = static_cast<int>(rng() % 9);
+        const int32_t room = limit - (w[i] < 0 ? -w[i] : w[i]);
+        if (room == 0) continue;
+        const int32_t add = std::min(left, 1 + static_cast<int32_t>(rng() % static_cast<uint32_t>(room)));
+        const int32_t s = sign != 0 ? sign : (w[i] != 0 ? (w[i] > 0 ? 1 : -1) : ((rng() & 1) ? 1 : -1));
+        w[i] += s * add;
+        left -= add;
+    }
+    for (int i = 0; i < 9; ++i) c.rows[i / 3][i % 3] = static_cast<int16_t>(w[i] * (1 << t));
+    return c;
+}
+
 MatrixCoefficients Coefficients(std::mt19937& rng, int kind) {
+    MatrixNarrow unused;
+    switch (kind / 2) {
+        case 3: {  // on the narrow form's bound
+            const MatrixCoefficients c = ScaledWeights(rng, kind % 2, 128, 0, 8);
+            EXPECT_TRUE(NarrowMatrix(c, &unused));
+            return c;
+        }
+        case 4: {  // one past it: an odd weight pins t, so the weights cannot shrink
+            const MatrixCoefficients c = ScaledWeights(rng, kind % 2, 129, 0, 8);
+            EXPECT_FALSE(NarrowMatrix(c, &unused));
+            return c;
+        }
+        case 5:  // large shifts, small weights (sharpen-like)
+            return ScaledWeights(rng, kind % 2, 1 + static_cast<int32_t>(rng() % 72), 9, 12);
+        case 6: {  // the usual kernels' coefficients, and -32768 (weight -8 when normalising)
+            static constexpr int16_t kFixed[][9] = {
+                {0, -4096, 0, -4096, 20480, -4096, 0, -4096, 0},          // sharpen
+                {256, 512, 256, 512, 1024, 512, 256, 512, 256},           // Gaussian
+                {-8192, -4096, 0, -4096, 4096, 4096, 0, 4096, 8192},      // emboss
+                {-4096, -4096, -4096, -4096, -32768, 28672, 0, 0, 4096},  // extremes, narrow when normalising
+            };
+            MatrixCoefficients c;
+            c.valid = 1;
+            c.normalize = kind % 2;
+            const auto& k = kFixed[rng() % 4];
+            for (int i = 0; i < 9; ++i) c.rows[i / 3][i % 3] = k[i];
+            return c;
+        }
+        default:
+            break;
+    }
     MatrixCoefficients c;
     c.valid = 1;
     c.normalize = kind % 2;
@@ -73,7 +138,7 @@ TEST(MatrixSimd, LineByteIdenticalToScalarWithGuardsUntouched) {
     for (const Level& level : levels) {
         for (ptrdiff_t pairs = 1; pairs <= 65; ++pairs) {
             for (ptrdiff_t first : {0, 1, 3}) {
-                for (int kind = 0; kind < 6; ++kind) {
+                for (int kind = 0; kind < kKinds; ++kind) {
                     const int fill = static_cast<int>((pairs + kind) % 4);
                     const ptrdiff_t from = 4 * first, to = from + 4 * pairs;
                     // Each line: its 4 edge bytes either side of [from, to).
@@ -104,7 +169,7 @@ TEST(MatrixSimd, FieldsMatchScalarAtEveryLevel) {
     for (const Level& level : Levels()) {
         for (int32_t width : {2, 3, 17, 64, 65, 130, 131}) {
             for (int32_t left : {0, 1, 3}) {
-                for (int kind = 0; kind < 6; ++kind) {
+                for (int kind = 0; kind < kKinds; ++kind) {
                     const int32_t w = left + width + (width % 3);  // sometimes flush with the right edge
                     host::Frame src(w, 9), scalar(w, 9), simd(w, 9);
                     for (size_t i = 0; i < src.Bytes(); ++i) {
@@ -125,17 +190,20 @@ TEST(MatrixSimd, FieldsMatchScalarAtEveryLevel) {
                 }
             }
         }
-        // In place.
-        host::Frame a(97, 11), b(97, 11);
-        for (size_t i = 0; i < a.Bytes(); ++i) a.Pixels()[i] = b.Pixels()[i] = static_cast<uint8_t>(rng());
-        const MatrixCoefficients c = Coefficients(rng, 4);
-        const Rect r{1, 0, 96, 11};
-        FieldView va, vb;
-        ASSERT_EQ(OpenField(&a, &a, &r, 1, &va, OddRule::SelectorNonZero), status::ok);
-        ASSERT_EQ(OpenField(&b, &b, &r, 1, &vb, OddRule::SelectorNonZero), status::ok);
-        ASSERT_TRUE(ConvolveMatrixField(va, c, SimdLevel::scalar));
-        ASSERT_TRUE(ConvolveMatrixField(vb, c, level.level));
-        ASSERT_TRUE(std::equal(a.Pixels(), a.Pixels() + a.Bytes(), b.Pixels())) << SimdLevelName(level.level);
+        // In place, with a wide kernel and a narrow one.
+        for (int kind : {4, 7}) {
+            host::Frame a(97, 11), b(97, 11);
+            for (size_t i = 0; i < a.Bytes(); ++i) a.Pixels()[i] = b.Pixels()[i] = static_cast<uint8_t>(rng());
+            const MatrixCoefficients c = Coefficients(rng, kind);
+            const Rect r{1, 0, 96, 11};
+            FieldView va, vb;
+            ASSERT_EQ(OpenField(&a, &a, &r, 1, &va, OddRule::SelectorNonZero), status::ok);
+            ASSERT_EQ(OpenField(&b, &b, &r, 1, &vb, OddRule::SelectorNonZero), status::ok);
+            ASSERT_TRUE(ConvolveMatrixField(va, c, SimdLevel::scalar));
+            ASSERT_TRUE(ConvolveMatrixField(vb, c, level.level));
+            ASSERT_TRUE(std::equal(a.Pixels(), a.Pixels() + a.Bytes(), b.Pixels()))
+                << SimdLevelName(level.level) << " kind " << kind;
+        }
     }
 }
 

@@ -8,6 +8,7 @@
 #include "temporal/matrix/matrix_coefficients.h"
 #include "temporal/matrix/matrix_dialog.h"
 #include "temporal/matrix/matrix_kernel.h"
+#include "temporal/matrix/matrix_narrow.h"
 #include "zvf/record.h"
 
 namespace zvf::filters {
@@ -80,6 +81,53 @@ struct MatrixFrame {
     host::Frame src;
     host::Frame dst;
 };
+
+TEST(MatrixNarrow, KernelsWithSmallScaledWeightsAndNoOthers) {
+    struct Case {
+        const char* what;
+        int16_t rows[9];
+        int32_t normalize;
+        bool narrow;
+        int8_t weights[9];
+        int32_t shift;
+        int16_t chromaBias;  // -128 x the weights' total
+    };
+    const Case cases[] = {
+        {"sharpen, sum 1: 4096 x k", {0, -4096, 0, -4096, 20480, -4096, 0, -4096, 0}, 1, true,
+         {0, -1, 0, -1, 5, -1, 0, -1, 0}, 0, -128},
+        {"Gaussian, sum 16: 256 x k, shift 12 - 8", {256, 512, 256, 512, 1024, 512, 256, 512, 256}, 1, true,
+         {1, 2, 1, 2, 4, 2, 1, 2, 1}, 4, -2048},
+        {"two halves: 2048 x 1, shift 1", {2048, 2048, 0, 0, 0, 0, 0, 0, 0}, 1, true, {1, 1, 0, 0, 0, 0, 0, 0, 0}, 1,
+         -256},
+        {"wrapped centre -28672 = -7 x 4096", {-4096, -4096, -4096, -4096, -28672, -4096, -4096, -4096, -4096}, 1,
+         true, {-1, -1, -1, -1, -7, -1, -1, -1, -1}, 0, 1920},
+        {"-32768 normalised: t stops at 12", {0, 0, 0, 0, -32768, 0, 0, 0, 0}, 1, true, {0, 0, 0, 0, -8, 0, 0, 0, 0}, 0,
+         1024},
+        {"16384 normalised: weight 4", {0, 0, 0, 0, 0, 0, 0, 16384, 0}, 1, true, {0, 0, 0, 0, 0, 0, 0, 4, 0}, 0, -512},
+        {"box, 455 each: odd and too large", {455, 455, 455, 455, 455, 455, 455, 455, 455}, 1, false, {}, 0, 0},
+        {"edge, not normalised", {-1, -1, -1, -1, 8, -1, -1, -1, -1}, 0, true, {-1, -1, -1, -1, 8, -1, -1, -1, -1}, 0,
+         0},
+        {"not normalised: even weights are not scaled down", {0, 0, 0, 0, 2, 0, 0, 0, 4}, 0, true,
+         {0, 0, 0, 0, 2, 0, 0, 0, 4}, 0, -768},
+        {"magnitudes total 128", {127, 0, 0, 0, 0, 0, 0, 0, 1}, 0, true, {127, 0, 0, 0, 0, 0, 0, 0, 1}, 0, -16384},
+        {"magnitudes total 129", {127, 0, 0, 0, 0, 0, 0, 0, -2}, 0, false, {}, 0, 0},
+        {"-128 is a signed byte", {0, 0, 0, 0, -128, 0, 0, 0, 0}, 0, true, {0, 0, 0, 0, -128, 0, 0, 0, 0}, 0, 16384},
+        {"128 is not", {0, 0, 0, 0, 128, 0, 0, 0, 0}, 0, false, {}, 0, 0},
+        {"-32768 not normalised", {0, 0, 0, 0, 0, 0, 0, 0, -32768}, 0, false, {}, 0, 0},
+    };
+    for (const Case& k : cases) {
+        MatrixCoefficients c;
+        c.valid = 1;
+        c.normalize = k.normalize;
+        for (int i = 0; i < 9; ++i) c.rows[i / 3][i % 3] = k.rows[i];
+        MatrixNarrow n;
+        ASSERT_EQ(NarrowMatrix(c, &n), k.narrow) << k.what;
+        if (!k.narrow) continue;
+        for (int i = 0; i < 9; ++i) EXPECT_EQ(n.weights[i / 3][i % 3], k.weights[i]) << k.what << " cell " << i;
+        EXPECT_EQ(n.shift, k.shift) << k.what;
+        EXPECT_EQ(n.chromaBias, k.chromaBias) << k.what;
+    }
+}
 
 TEST(MatrixKernel, HandComputedResults) {
     struct Case {

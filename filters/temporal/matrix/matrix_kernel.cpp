@@ -60,6 +60,24 @@ inline uint8_t LumaOut(int32_t sum, bool normalize) {
 
 inline uint8_t ChromaOut(int32_t sum, bool normalize) { return Saturate((normalize ? sum >> 12 : sum) + 128); }
 
+// Slides the three buffered lines down the field, running `line` on each
+// output line.
+template <typename Line>
+void ConvolveLines(const FieldView& v, const LineLoader& loader, uint8_t* (&buf)[3], Line line) {
+    for (int32_t j = 0; j < v.rows; ++j) {
+        if (j >= 2) {
+            // Slide the span down; the line entering it is not written yet.
+            uint8_t* oldest = buf[0];
+            buf[0] = buf[1];
+            buf[1] = buf[2];
+            buf[2] = oldest;
+            loader.Load(buf[2], j + 1);
+        }
+        const uint8_t* const lines[3] = {buf[0] + kPad, buf[1] + kPad, buf[2] + kPad};
+        line(lines, v.dst + ptrdiff_t{j} * v.step);
+    }
+}
+
 }  // namespace
 
 void MatrixLine(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
@@ -98,21 +116,19 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
     // The first output line uses field lines 0, 1 and 2, as the second does.
     for (int i = 0; i < 3; ++i) loader.Load(buf[i], i);
 
+    // A kernel's narrow form is worked out once here, not for every line.
+    MatrixNarrow narrow;
+    if (level >= SimdLevel::avx2 && NarrowMatrix(c, &narrow)) {
+        ConvolveLines(v, loader, buf, [&](const uint8_t* const (&lines)[3], uint8_t* out) {
+            MatrixNarrowLineAvx2(lines, out, 0, bytes, c, narrow);
+        });
+        return true;
+    }
     const MatrixLineFn line = level >= SimdLevel::avx2   ? MatrixLineAvx2
                               : level >= SimdLevel::sse2 ? MatrixLineSse2
                                                          : MatrixLine;
-    for (int32_t j = 0; j < v.rows; ++j) {
-        if (j >= 2) {
-            // Slide the span down; the line entering it is not written yet.
-            uint8_t* oldest = buf[0];
-            buf[0] = buf[1];
-            buf[1] = buf[2];
-            buf[2] = oldest;
-            loader.Load(buf[2], j + 1);
-        }
-        const uint8_t* const lines[3] = {buf[0] + kPad, buf[1] + kPad, buf[2] + kPad};
-        line(lines, v.dst + ptrdiff_t{j} * v.step, 0, bytes, c);
-    }
+    ConvolveLines(v, loader, buf,
+                  [&](const uint8_t* const (&lines)[3], uint8_t* out) { line(lines, out, 0, bytes, c); });
     return true;
 }
 

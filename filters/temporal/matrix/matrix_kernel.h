@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "matrix_coefficients.h"
+#include "matrix_narrow.h"
 #include "zvf/field.h"
 #include "zvf/simd_level.h"
 
@@ -43,5 +44,9 @@ void MatrixLineSse2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
                     const MatrixCoefficients& c);
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c);
+// The AVX2 line for a kernel with a narrow form, the form worked out once
+// for the field rather than for every line; MatrixLineAvx2 takes it too.
+void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                          const MatrixCoefficients& c, const MatrixNarrow& narrow);
 
 }  // namespace zvf::filters

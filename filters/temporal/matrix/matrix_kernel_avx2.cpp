@@ -9,6 +9,8 @@
 // interleaved again when packing. Chroma is not re-centred per sample: the
 // sums subtract 128 times the coefficient total once, which is the same
 // integer as the sum of centred products.
+// Kernels with a narrow form take a cheaper loop: bytes times signed byte
+// weights, two taps per product pair, summed in 16 bits.
 #include "matrix_kernel.h"
 
 #if defined(__AVX2__)
@@ -26,10 +28,100 @@ __attribute__((always_inline)) inline __m256i Load(const uint8_t* p) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
 }
 
+// Byte shuffle of a 16-byte window starting 4 bytes before eight outputs:
+// output j's left and right taps side by side. Luma (even j) taps are 2
+// bytes apart, chroma (odd j) 4.
+alignas(32) constexpr int8_t kLeftRight[32] = {2, 6, 1, 9, 4, 8, 3, 11, 6, 10, 5, 13, 8, 12, 7, 15,
+                                               2, 6, 1, 9, 4, 8, 3, 11, 6, 10, 5, 13, 8, 12, 7, 15};
+
+__attribute__((always_inline)) inline __m256i Pair(int32_t first, int32_t second) {
+    const auto low = static_cast<uint16_t>(static_cast<uint8_t>(first));
+    const auto high = static_cast<uint16_t>(static_cast<uint8_t>(second) << 8);
+    return _mm256_set1_epi16(static_cast<int16_t>(low | high));
+}
+
+// Whole steps of 32 output bytes from the narrow form; returns where it
+// stopped. A 32-byte load 4 bytes before the step serves outputs 0-7 and
+// 16-23, one 4 bytes after it outputs 8-15 and 24-31: the byte unpacks of a
+// load at the step itself give the centre taps in that same order, and the
+// in-lane pack of the two halves' sums puts every byte back in order. The
+// outer lines' centre taps share one product pair; taps weighted 0 are
+// skipped. The sums start at the chroma bias (and, unshifted, at chroma's
+// 128 as well); luma is capped at 255 as an unsigned value, so that a
+// negative sum turns white when normalising (as the logical shift of the
+// 32-bit sum makes it), while without normalisation the cap is off and the
+// pack takes negatives to 0.
+template <bool kShifted>
+ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                      const MatrixNarrow& n, bool normalize) {
+    const __m256i leftRight = Load(reinterpret_cast<const uint8_t*>(kLeftRight));
+    __m256i sideWeights[3];
+    bool sides[3];
+    for (int r = 0; r < 3; ++r) {
+        sideWeights[r] = Pair(n.weights[r][0], n.weights[r][2]);
+        sides[r] = n.weights[r][0] != 0 || n.weights[r][2] != 0;
+    }
+    const __m256i outerCentres = Pair(n.weights[0][1], n.weights[2][1]);
+    const __m256i middleCentre = Pair(n.weights[1][1], 0);
+    const bool outer = n.weights[0][1] != 0 || n.weights[2][1] != 0;
+    const bool middle = n.weights[1][1] != 0;
+    const __m256i chromaWords = _mm256_set1_epi32(static_cast<int32_t>(0xFFFF0000u));
+    const int32_t start = n.chromaBias + (kShifted ? 0 : 128);
+    const __m256i bias = _mm256_and_si256(_mm256_set1_epi16(static_cast<int16_t>(start)), chromaWords);
+    const __m256i back = _mm256_and_si256(_mm256_set1_epi16(128), chromaWords);
+    const __m256i cap = normalize ? _mm256_or_si256(_mm256_set1_epi32(255), chromaWords) : _mm256_set1_epi8(-1);
+    const __m128i shift = _mm_cvtsi32_si128(n.shift);
+    const __m256i zero = _mm256_setzero_si256();
+    ptrdiff_t o = from;
+    for (; o + 32 <= to; o += 32) {
+        // No sum leaves 16 bits: the narrow form bounds them all.
+        __m256i lo = bias, hi = bias;
+        for (int r = 0; r < 3; ++r) {
+            if (!sides[r]) continue;
+            const __m256i a = _mm256_shuffle_epi8(Load(lines[r] + o - 4), leftRight);
+            const __m256i b = _mm256_shuffle_epi8(Load(lines[r] + o + 4), leftRight);
+            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(a, sideWeights[r]));
+            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(b, sideWeights[r]));
+        }
+        if (outer) {
+            const __m256i above = Load(lines[0] + o), below = Load(lines[2] + o);
+            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(_mm256_unpacklo_epi8(above, below), outerCentres));
+            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(_mm256_unpackhi_epi8(above, below), outerCentres));
+        }
+        if (middle) {
+            const __m256i same = Load(lines[1] + o);
+            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(_mm256_unpacklo_epi8(same, zero), middleCentre));
+            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(_mm256_unpackhi_epi8(same, zero), middleCentre));
+        }
+        if (kShifted) {
+            lo = _mm256_add_epi16(_mm256_min_epu16(_mm256_sra_epi16(lo, shift), cap), back);
+            hi = _mm256_add_epi16(_mm256_min_epu16(_mm256_sra_epi16(hi, shift), cap), back);
+        } else {
+            lo = _mm256_min_epu16(lo, cap);
+            hi = _mm256_min_epu16(hi, cap);
+        }
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), _mm256_packus_epi16(lo, hi));
+    }
+    return o;
+}
+
 }  // namespace
+
+void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                          const MatrixCoefficients& c, const MatrixNarrow& narrow) {
+    const bool normalize = c.normalize != 0;
+    const ptrdiff_t o = narrow.shift != 0 ? NarrowSteps<true>(lines, out, from, to, narrow, normalize)
+                                          : NarrowSteps<false>(lines, out, from, to, narrow, normalize);
+    if (o < to) MatrixLineSse2(lines, out, o, to, c);
+}
 
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c) {
+    MatrixNarrow narrow;
+    if (NarrowMatrix(c, &narrow)) {
+        MatrixNarrowLineAvx2(lines, out, from, to, c, narrow);
+        return;
+    }
     const __m256i lowBytes = _mm256_set1_epi32(0x00FF00FF);  // byte 0 and byte 2 as 16-bit halves
     const __m256i byte2 = _mm256_set1_epi32(0x00FF0000);
     const __m256i byte0 = _mm256_set1_epi32(0x000000FF);
@@ -94,6 +186,11 @@ void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
 }
 
 #else
+
+void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                          const MatrixCoefficients& c, const MatrixNarrow&) {
+    MatrixLineSse2(lines, out, from, to, c);
+}
 
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c) {
