@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "row_prefetch.h"
+
 namespace zvf::filters {
 namespace {
 
@@ -25,7 +27,12 @@ void MiddleRow(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o,
 
 BlendRows ScalarBlendRows() { return {EdgeRow, MiddleRow}; }
 
-BlendRows BlendRowsFor(SimdLevel level) { return level >= SimdLevel::sse2 ? Sse2BlendRows() : ScalarBlendRows(); }
+BlendRows BlendRowsFor(SimdLevel level) {
+#if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
+    if (level >= SimdLevel::avx2) return Avx2BlendRows();
+#endif
+    return level >= SimdLevel::sse2 ? Sse2BlendRows() : ScalarBlendRows();
+}
 
 int32_t AntiFlickerWeight(uint32_t power) {
     const uint32_t p = power > 200 ? 200 : power;
@@ -41,9 +48,15 @@ void BlendField(const uint8_t* cur, const uint8_t* nb, uint8_t* dst, ptrdiff_t p
         for (int32_t k = 0; k < rows; ++k) std::memmove(dst + k * step, cur + k * step, bytes);
         return;
     }
+    // Each row brings two rows not read before: the next current row and
+    // the other field's row below it; both are fetched a row ahead.
+    PrefetchRow(cur + step, bytes);
+    if (rows >= 3) PrefetchRow(nb + step + pitch, bytes);
     kernels.edge(cur, nb + pitch, dst, bytes, w);
     for (int32_t k = 1; k < rows - 1; ++k) {
         const uint8_t* n = nb + k * step;
+        PrefetchRow(cur + (k + 1) * step, bytes);
+        if (k + 2 < rows) PrefetchRow(n + step + pitch, bytes);
         kernels.middle(n - pitch, cur + k * step, n + pitch, dst + k * step, bytes, w);
     }
     if (rows >= 3) {

@@ -24,6 +24,7 @@ struct BlendRows {
 };
 BlendRows ScalarBlendRows();
 BlendRows Sse2BlendRows();  // anti_flicker_kernel_sse2.cpp
+BlendRows Avx2BlendRows();  // anti_flicker_kernel_avx2.cpp, x86 only
 // The fastest rows the level allows.
 BlendRows BlendRowsFor(SimdLevel level);
 
