@@ -1,24 +1,42 @@
-// Software prefetch of a whole row. A field's rows are two pitches apart, so
-// the hardware prefetcher, which follows one address stream, meets every row
-// cold and only catches up after a run of misses; touching one field's rows
-// from memory then costs as much as the whole frame. Asking for the next
-// row's lines while this one is worked on hides that.
+// Software prefetch of the next row of a field. A field's rows are two
+// pitches apart, so the hardware prefetcher, which follows one address
+// stream, meets every row cold and only catches up after a run of misses;
+// touching one field's rows from memory then costs as much as the whole
+// frame. Kernels therefore ask for the next row's lines while they work on
+// this one: PrefetchLine (and PrefetchLineForWrite for the destination) at
+// the same column of the next row inside the loop
+// (spread out, so the requests never pile up), or PrefetchRow for a whole
+// row at once where the loop cannot see the next row.
 #pragma once
 
 #include <cstddef>
 
 namespace zvf::filters {
 
-inline void PrefetchRow(const void* row, size_t bytes) {
+// A hint only: never faults, whatever the address.
+inline void PrefetchLine(const void* p) {
 #if defined(__GNUC__)
+    __builtin_prefetch(p, 0, 3);
+#else
+    (void)p;
+#endif
+}
+
+// The same for a line about to be written: fetched ready to be owned, so
+// the store does not wait for it.
+inline void PrefetchLineForWrite(void* p) {
+#if defined(__GNUC__)
+    __builtin_prefetch(p, 1, 3);
+#else
+    (void)p;
+#endif
+}
+
+inline void PrefetchRow(const void* row, size_t bytes) {
     if (bytes == 0) return;
     const char* p = static_cast<const char*>(row);
-    for (size_t i = 0; i < bytes; i += 64) __builtin_prefetch(p + i, 0, 3);
-    __builtin_prefetch(p + bytes - 1, 0, 3);  // the last line when the row starts mid-line
-#else
-    (void)row;
-    (void)bytes;
-#endif
+    for (size_t i = 0; i < bytes; i += 64) PrefetchLine(p + i);
+    PrefetchLine(p + bytes - 1);  // the last line when the row starts mid-line
 }
 
 }  // namespace zvf::filters
