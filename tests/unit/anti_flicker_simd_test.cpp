@@ -83,16 +83,16 @@ TEST(AntiFlickerSimd, RowsAreByteIdenticalToScalar) {
                         const uint8_t* pb = b.data() + (offset ^ 1);
                         const uint8_t* pc = c.data() + offset;
                         const auto edgeRef =
-                            Guarded(bytes, offset, [&](uint8_t* o) { scalar.edge(pc, pa, o, bytes, w); });
+                            Guarded(bytes, offset, [&](uint8_t* o) { scalar.edge(pc, pa, o, bytes, w, 0); });
                         const auto edgeSimd =
-                            Guarded(bytes, offset, [&](uint8_t* o) { simd.edge(pc, pa, o, bytes, w); });
+                            Guarded(bytes, offset, [&](uint8_t* o) { simd.edge(pc, pa, o, bytes, w, 0); });
                         ExpectGuardsIntact(edgeSimd, offset, bytes, "edge");
                         ASSERT_EQ(edgeSimd, edgeRef)
                             << name << " edge, width " << width << ", offset " << offset << ", w " << w;
                         const auto midRef =
-                            Guarded(bytes, offset, [&](uint8_t* o) { scalar.middle(pa, pc, pb, o, bytes, w); });
+                            Guarded(bytes, offset, [&](uint8_t* o) { scalar.middle(pa, pc, pb, o, bytes, w, 0); });
                         const auto midSimd =
-                            Guarded(bytes, offset, [&](uint8_t* o) { simd.middle(pa, pc, pb, o, bytes, w); });
+                            Guarded(bytes, offset, [&](uint8_t* o) { simd.middle(pa, pc, pb, o, bytes, w, 0); });
                         ExpectGuardsIntact(midSimd, offset, bytes, "middle");
                         ASSERT_EQ(midSimd, midRef)
                             << name << " middle, width " << width << ", offset " << offset << ", w " << w;

@@ -7,6 +7,7 @@
 #include <immintrin.h>
 
 #include "anti_flicker_kernel.h"
+#include "row_prefetch.h"
 
 namespace zvf::filters {
 namespace {
@@ -33,37 +34,67 @@ ZVF_AF_INLINE __m256i Middle16(const __m256i& a, const __m256i& c, const __m256i
     }
 }
 
-void EdgeRowAvx2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w) {
+// One 32-byte step of each row kernel at byte i.
+ZVF_AF_INLINE void EdgeStep(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t i, const __m256i& w) {
     const __m256i zero = _mm256_setzero_si256();
-    const __m256i wv = _mm256_set1_epi16(static_cast<int16_t>(w));
-    size_t i = 0;
-    for (; i + 32 <= bytes; i += 32) {
-        const __m256i cv = Load(c + i), nv = Load(n + i);
-        const __m256i lo = Edge16(_mm256_unpacklo_epi8(cv, zero), _mm256_unpacklo_epi8(nv, zero), wv);
-        const __m256i hi = Edge16(_mm256_unpackhi_epi8(cv, zero), _mm256_unpackhi_epi8(nv, zero), wv);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(o + i), _mm256_packus_epi16(lo, hi));
-    }
-    if (i < bytes) Sse2BlendRows().edge(c + i, n + i, o + i, bytes - i, w);
+    const __m256i cv = Load(c + i), nv = Load(n + i);
+    const __m256i lo = Edge16(_mm256_unpacklo_epi8(cv, zero), _mm256_unpacklo_epi8(nv, zero), w);
+    const __m256i hi = Edge16(_mm256_unpackhi_epi8(cv, zero), _mm256_unpackhi_epi8(nv, zero), w);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(o + i), _mm256_packus_epi16(lo, hi));
 }
 
 template <bool kFull>
-void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w) {
+ZVF_AF_INLINE void MiddleStep(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t i,
+                              const __m256i& w4) {
     const __m256i zero = _mm256_setzero_si256();
-    const __m256i wv = _mm256_set1_epi16(static_cast<int16_t>(kFull ? w : 4 * w));
-    size_t i = 0;
-    for (; i + 32 <= bytes; i += 32) {
-        const __m256i av = Load(a + i), bv = Load(b + i), cv = Load(c + i);
-        const __m256i lo = Middle16<kFull>(_mm256_unpacklo_epi8(av, zero), _mm256_unpacklo_epi8(cv, zero),
-                                           _mm256_unpacklo_epi8(bv, zero), wv);
-        const __m256i hi = Middle16<kFull>(_mm256_unpackhi_epi8(av, zero), _mm256_unpackhi_epi8(cv, zero),
-                                           _mm256_unpackhi_epi8(bv, zero), wv);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(o + i), _mm256_packus_epi16(lo, hi));
-    }
-    if (i < bytes) Sse2BlendRows().middle(a + i, c + i, b + i, o + i, bytes - i, w);
+    const __m256i av = Load(a + i), bv = Load(b + i), cv = Load(c + i);
+    const __m256i lo = Middle16<kFull>(_mm256_unpacklo_epi8(av, zero), _mm256_unpacklo_epi8(cv, zero),
+                                       _mm256_unpacklo_epi8(bv, zero), w4);
+    const __m256i hi = Middle16<kFull>(_mm256_unpackhi_epi8(av, zero), _mm256_unpackhi_epi8(cv, zero),
+                                       _mm256_unpackhi_epi8(bv, zero), w4);
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(o + i), _mm256_packus_epi16(lo, hi));
 }
 
-void MiddleRowAvx2(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w) {
-    w < 8192 ? MiddleLoop<false>(a, c, b, o, bytes, w) : MiddleLoop<true>(a, c, b, o, bytes, w);
+// Two steps per 64-byte line, so each line of the next row is asked for once.
+void EdgeRowAvx2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
+    const __m256i wv = _mm256_set1_epi16(static_cast<int16_t>(w));
+    size_t i = 0;
+    for (; i + 64 <= bytes; i += 64) {
+        PrefetchLine(c + ahead + i);
+        PrefetchLine(n + ahead + i);
+        PrefetchLineForWrite(o + ahead + i);
+        EdgeStep(c, n, o, i, wv);
+        EdgeStep(c, n, o, i + 32, wv);
+    }
+    if (i + 32 <= bytes) {
+        EdgeStep(c, n, o, i, wv);
+        i += 32;
+    }
+    if (i < bytes) Sse2BlendRows().edge(c + i, n + i, o + i, bytes - i, w, 0);
+}
+
+template <bool kFull>
+void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
+                ptrdiff_t ahead) {
+    const __m256i wv = _mm256_set1_epi16(static_cast<int16_t>(kFull ? w : 4 * w));
+    size_t i = 0;
+    for (; i + 64 <= bytes; i += 64) {
+        PrefetchLine(c + ahead + i);
+        PrefetchLine(b + ahead + i);
+        PrefetchLineForWrite(o + ahead + i);
+        MiddleStep<kFull>(a, c, b, o, i, wv);
+        MiddleStep<kFull>(a, c, b, o, i + 32, wv);
+    }
+    if (i + 32 <= bytes) {
+        MiddleStep<kFull>(a, c, b, o, i, wv);
+        i += 32;
+    }
+    if (i < bytes) Sse2BlendRows().middle(a + i, c + i, b + i, o + i, bytes - i, w, 0);
+}
+
+void MiddleRowAvx2(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
+                   ptrdiff_t ahead) {
+    w < 8192 ? MiddleLoop<false>(a, c, b, o, bytes, w, ahead) : MiddleLoop<true>(a, c, b, o, bytes, w, ahead);
 }
 
 #undef ZVF_AF_INLINE

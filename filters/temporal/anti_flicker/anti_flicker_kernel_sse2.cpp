@@ -9,6 +9,7 @@
 // results lie in 0..255, so nothing saturates. Bit-exact with the scalar
 // rows for weights 0..8192.
 #include "anti_flicker_kernel.h"
+#include "row_prefetch.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -38,12 +39,15 @@ inline __m128i Middle8(__m128i a, __m128i c, __m128i b, __m128i w4) {
     }
 }
 
-void EdgeRowSse2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w) {
+void EdgeRowSse2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
     const __m128i zero = _mm_setzero_si128();
     const __m128i wv = _mm_set1_epi16(static_cast<int16_t>(w));
     size_t i = 0;
     for (; i + 16 <= bytes; i += 16) {
         const __m128i cv = Load(c + i), nv = Load(n + i);
+        PrefetchLine(c + ahead + i);
+        PrefetchLine(n + ahead + i);
+        PrefetchLineForWrite(o + ahead + i);
         const __m128i lo = Edge8(_mm_unpacklo_epi8(cv, zero), _mm_unpacklo_epi8(nv, zero), wv);
         const __m128i hi = Edge8(_mm_unpackhi_epi8(cv, zero), _mm_unpackhi_epi8(nv, zero), wv);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(o + i), _mm_packus_epi16(lo, hi));
@@ -53,24 +57,29 @@ void EdgeRowSse2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, i
 }
 
 template <bool kFull>
-void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w) {
+void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
+                ptrdiff_t ahead) {
     const __m128i zero = _mm_setzero_si128();
     const __m128i wv = _mm_set1_epi16(static_cast<int16_t>(kFull ? w : 4 * w));
     size_t i = 0;
     for (; i + 16 <= bytes; i += 16) {
         const __m128i av = Load(a + i), bv = Load(b + i), cv = Load(c + i);
-        const __m128i lo = Middle8<kFull>(_mm_unpacklo_epi8(av, zero), _mm_unpacklo_epi8(cv, zero),
-                                          _mm_unpacklo_epi8(bv, zero), wv);
-        const __m128i hi = Middle8<kFull>(_mm_unpackhi_epi8(av, zero), _mm_unpackhi_epi8(cv, zero),
-                                          _mm_unpackhi_epi8(bv, zero), wv);
+        PrefetchLine(c + ahead + i);
+        PrefetchLine(b + ahead + i);
+        PrefetchLineForWrite(o + ahead + i);
+        const __m128i lo =
+            Middle8<kFull>(_mm_unpacklo_epi8(av, zero), _mm_unpacklo_epi8(cv, zero), _mm_unpacklo_epi8(bv, zero), wv);
+        const __m128i hi =
+            Middle8<kFull>(_mm_unpackhi_epi8(av, zero), _mm_unpackhi_epi8(cv, zero), _mm_unpackhi_epi8(bv, zero), wv);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(o + i), _mm_packus_epi16(lo, hi));
     }
     const auto wn = static_cast<uint32_t>(w);
     for (; i < bytes; ++i) o[i] = Saturate(((a[i] + b[i]) * wn + c[i] * (16384u - 2 * wn)) >> 14);
 }
 
-void MiddleRowSse2(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w) {
-    w < 8192 ? MiddleLoop<false>(a, c, b, o, bytes, w) : MiddleLoop<true>(a, c, b, o, bytes, w);
+void MiddleRowSse2(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
+                   ptrdiff_t ahead) {
+    w < 8192 ? MiddleLoop<false>(a, c, b, o, bytes, w, ahead) : MiddleLoop<true>(a, c, b, o, bytes, w, ahead);
 }
 
 }  // namespace
