@@ -4,12 +4,10 @@
 // touching one field's rows from memory then costs as much as the whole
 // frame. Kernels therefore ask for the next row's lines while they work on
 // this one: PrefetchLine (and PrefetchLineForWrite for the destination) at
-// the same column of the next row inside the loop
-// (spread out, so the requests never pile up), or PrefetchRow for a whole
-// row at once where the loop cannot see the next row.
+// the same column of the next row, inside the loop. Spread out like this the
+// requests never pile up; a burst of the whole next row at the start of each
+// row gained little.
 #pragma once
-
-#include <cstddef>
 
 namespace zvf::filters {
 
@@ -30,13 +28,6 @@ inline void PrefetchLineForWrite(void* p) {
 #else
     (void)p;
 #endif
-}
-
-inline void PrefetchRow(const void* row, size_t bytes) {
-    if (bytes == 0) return;
-    const char* p = static_cast<const char*>(row);
-    for (size_t i = 0; i < bytes; i += 64) PrefetchLine(p + i);
-    PrefetchLine(p + bytes - 1);  // the last line when the row starts mid-line
 }
 
 }  // namespace zvf::filters
