@@ -75,10 +75,11 @@ void MirrorFieldInPlace(const FieldView& v, bool horizontal, bool vertical, Simd
     const bool odd = v.odd != 0;
     const size_t rowBytes = size_t{4} * static_cast<size_t>(v.pairs);
     const MirrorRowFn reverse = SelectReverseRow(level);
-    auto put = [&](int32_t k, const uint8_t* from) {
+    // The reversals fetch ahead the two rows the next exchange works on.
+    auto put = [&](int32_t k, const uint8_t* from, const uint8_t* nextFrom, uint8_t* nextTo) {
         uint8_t* to = v.dst + k * v.step;
         if (MirrorReversesRow(k, odd, horizontal, vertical))
-            reverse(to, from, v.pairs, from, to);
+            reverse(to, from, v.pairs, nextFrom, nextTo);
         else
             std::memcpy(to, from, rowBytes);
     };
@@ -86,9 +87,12 @@ void MirrorFieldInPlace(const FieldView& v, bool horizontal, bool vertical, Simd
         const int32_t m = MirrorSourceRow(k, v.rows, odd, vertical);
         if (m < k) continue;  // exchanged when its partner came by
         if (m == k && !MirrorReversesRow(k, odd, horizontal, vertical)) continue;  // stays as it is
+        const int32_t kn = k + 1 < v.rows ? k + 1 : k;
+        uint8_t* nextRow = v.dst + kn * v.step;
+        const uint8_t* nextPartner = v.dst + MirrorSourceRow(kn, v.rows, odd, vertical) * v.step;
         std::memcpy(row, v.dst + k * v.step, rowBytes);
-        if (m != k) put(k, v.dst + m * v.step);
-        put(m, row);
+        if (m != k) put(k, v.dst + m * v.step, nextPartner, nextRow);
+        put(m, row, nextPartner, nextRow);
     }
 }
 
