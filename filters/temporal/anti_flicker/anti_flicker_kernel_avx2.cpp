@@ -1,5 +1,7 @@
 // AVX2 twins of Anti Flicker's row kernels: the SSE2 arithmetic on 32 bytes
-// per step. The byte unpacks and the saturating pack both work within each
+// per step, except that the middle rows form a + b with one pmaddubsw over
+// the interleaved bytes (the same exact 16-bit sum, one instruction fewer
+// per half). The byte unpacks and the saturating pack both work within each
 // 128-bit half, so every half is exactly the SSE2 step on its 16 bytes. The
 // last 0..31 bytes of a row go through the SSE2 rows. Helpers are inlined so
 // no 256-bit value is passed to a call or kept on the stack across one.
@@ -21,15 +23,15 @@ ZVF_AF_INLINE __m256i Edge16(const __m256i& c, const __m256i& n, const __m256i& 
     return _mm256_add_epi16(c, _mm256_mulhi_epi16(_mm256_slli_epi16(_mm256_sub_epi16(n, c), 3), w));
 }
 
-// c + floor((a + b - 2c) w / 16384) for sixteen 16-bit lanes, `w4` being
-// 4w (which fits 16 bits up to w = 8191) or, for kFull, w itself.
+// c + floor((s - 2c) w / 16384) for sixteen 16-bit lanes, s = a + b,
+// `w4` being 4w (which fits 16 bits up to w = 8191) or, for kFull, w itself.
 template <bool kFull>
-ZVF_AF_INLINE __m256i Middle16(const __m256i& a, const __m256i& c, const __m256i& b, const __m256i& w4) {
+ZVF_AF_INLINE __m256i Middle16(const __m256i& s, const __m256i& c, const __m256i& w4) {
     if constexpr (kFull) {
-        const __m256i d = _mm256_sub_epi16(_mm256_slli_epi16(_mm256_add_epi16(a, b), 2), _mm256_slli_epi16(c, 3));
+        const __m256i d = _mm256_sub_epi16(_mm256_slli_epi16(s, 2), _mm256_slli_epi16(c, 3));
         return _mm256_add_epi16(c, _mm256_mulhi_epi16(d, w4));
     } else {
-        const __m256i d = _mm256_sub_epi16(_mm256_add_epi16(a, b), _mm256_add_epi16(c, c));
+        const __m256i d = _mm256_sub_epi16(s, _mm256_add_epi16(c, c));
         return _mm256_add_epi16(c, _mm256_mulhi_epi16(d, w4));
     }
 }
@@ -47,11 +49,14 @@ template <bool kFull>
 ZVF_AF_INLINE void MiddleStep(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t i,
                               const __m256i& w4) {
     const __m256i zero = _mm256_setzero_si256();
+    // a + b straight from the interleaved bytes: pmaddubsw with unit weights
+    // (at most 510, so it never saturates).
+    const __m256i ones = _mm256_set1_epi8(1);
     const __m256i av = Load(a + i), bv = Load(b + i), cv = Load(c + i);
-    const __m256i lo = Middle16<kFull>(_mm256_unpacklo_epi8(av, zero), _mm256_unpacklo_epi8(cv, zero),
-                                       _mm256_unpacklo_epi8(bv, zero), w4);
-    const __m256i hi = Middle16<kFull>(_mm256_unpackhi_epi8(av, zero), _mm256_unpackhi_epi8(cv, zero),
-                                       _mm256_unpackhi_epi8(bv, zero), w4);
+    const __m256i lo =
+        Middle16<kFull>(_mm256_maddubs_epi16(_mm256_unpacklo_epi8(av, bv), ones), _mm256_unpacklo_epi8(cv, zero), w4);
+    const __m256i hi =
+        Middle16<kFull>(_mm256_maddubs_epi16(_mm256_unpackhi_epi8(av, bv), ones), _mm256_unpackhi_epi8(cv, zero), w4);
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(o + i), _mm256_packus_epi16(lo, hi));
 }
 
