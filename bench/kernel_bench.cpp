@@ -133,10 +133,7 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
              scratch.resize(kLanes * FullScratchEntries(v.rows, v.pairs));  // as the filter allocates
              SmoothBlurField(v, blurWeight, scratch, l);
          }},
-        {"Emboss",
-         [](Frames&, FieldView& v, SimdLevel l) {
-             EmbossField(v, 3, 2, l == SimdLevel::scalar ? EmbossSpan : EmbossSpanSse2);
-         }},
+        {"Emboss", [](Frames&, FieldView& v, SimdLevel l) { EmbossField(v, 3, 2, SelectEmbossSpan(l)); }},
         {"Block Color", [](Frames&, FieldView& v, SimdLevel) { FillField(v, 81, 90, 240); }},
         {"Color Balance",
          [p = MakeColorBalanceParams(WarmBalance())](Frames&, FieldView& v, SimdLevel l) {

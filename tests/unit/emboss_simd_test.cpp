@@ -1,15 +1,18 @@
-// Emboss's SSE2 span against the scalar span that defines the results:
-// every pair of byte values, every length a row of 2..130 pixels gives, odd
-// alignments, guard bytes around the destination; then whole fields.
+// Emboss's SSE2 and AVX2 spans against the scalar span that defines the
+// results, at every level this processor has: every pair of byte values,
+// every length a row of 2..130 pixels gives, odd alignments, guard bytes
+// around the destination; then whole fields in every direction.
 #include <gtest/gtest.h>
 
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "kit/frame.h"
+#include "kit/services.h"
 #include "spatial/emboss/emboss_kernel.h"
-#include "tests/module/module_fixture.h"
 #include "tests/module/blob_builder.h"
+#include "tests/module/module_fixture.h"
 
 namespace zvf::filters {
 namespace {
@@ -18,14 +21,24 @@ using Bytes = std::vector<uint8_t>;
 constexpr size_t kGuard = 32;
 constexpr uint8_t kGuardByte = 0xA5;
 
+// The spans of the levels above scalar that this processor has.
+std::vector<std::pair<SimdLevel, EmbossSpanFn>> SimdSpans() {
+    const SimdLevel top = LevelFromFeatures(host::DetectProcessorFeatures());
+    std::vector<std::pair<SimdLevel, EmbossSpanFn>> spans;
+    for (SimdLevel l : {SimdLevel::sse2, SimdLevel::avx2})
+        if (l <= top) spans.emplace_back(l, SelectEmbossSpan(l));
+    return spans;
+}
+
 // Runs `span` into a destination padded with guard bytes, at `offset` bytes
 // past a 16-byte boundary, and returns the written part after checking the
 // guards.
 Bytes RunSpan(EmbossSpanFn span, const uint8_t* s, const uint8_t* t, size_t n, size_t offset) {
     Bytes padded(kGuard + offset + n + kGuard, kGuardByte);
-    span(s, t, padded.data() + kGuard + offset, n);
+    span(s, t, padded.data() + kGuard + offset, n, 0, 0);
     for (size_t i = 0; i < kGuard + offset; ++i) EXPECT_EQ(padded[i], kGuardByte) << "guard before, n " << n;
-    for (size_t i = kGuard + offset + n; i < padded.size(); ++i) EXPECT_EQ(padded[i], kGuardByte) << "guard after, n " << n;
+    for (size_t i = kGuard + offset + n; i < padded.size(); ++i)
+        EXPECT_EQ(padded[i], kGuardByte) << "guard after, n " << n;
     return {padded.begin() + static_cast<ptrdiff_t>(kGuard + offset), padded.end() - kGuard};
 }
 
@@ -35,8 +48,9 @@ TEST(EmbossSimd, EveryPairOfByteValuesMatchesTheScalarSpan) {
         s[i] = static_cast<uint8_t>(i);
         t[i] = static_cast<uint8_t>(i >> 8);
     }
-    EXPECT_EQ(RunSpan(EmbossSpanSse2, s.data(), t.data(), s.size(), 0),
-              RunSpan(EmbossSpan, s.data(), t.data(), s.size(), 0));
+    for (const auto& [level, span] : SimdSpans())
+        EXPECT_EQ(RunSpan(span, s.data(), t.data(), s.size(), 0), RunSpan(EmbossSpan, s.data(), t.data(), s.size(), 0))
+            << SimdLevelName(level);
 }
 
 TEST(EmbossSimd, EveryRowLengthAndAlignmentMatchesTheScalarSpan) {
@@ -52,9 +66,10 @@ TEST(EmbossSimd, EveryRowLengthAndAlignmentMatchesTheScalarSpan) {
                 t[i] = extreme ? extremes[rng() % 7] : static_cast<uint8_t>(rng());
             }
             // Source and reference at odd offsets too, as within a row.
-            ASSERT_EQ(RunSpan(EmbossSpanSse2, s.data() + offset, t.data() + offset, n, offset),
-                      RunSpan(EmbossSpan, s.data() + offset, t.data() + offset, n, offset))
-                << "width " << width << " offset " << offset;
+            for (const auto& [level, span] : SimdSpans())
+                ASSERT_EQ(RunSpan(span, s.data() + offset, t.data() + offset, n, offset),
+                          RunSpan(EmbossSpan, s.data() + offset, t.data() + offset, n, offset))
+                    << SimdLevelName(level) << " width " << width << " offset " << offset;
         }
     }
 }
@@ -65,20 +80,28 @@ TEST(EmbossSimd, WholeFieldsMatchTheScalarKernelAtEveryWidth) {
     Bytes src(static_cast<size_t>(w) * h * 2);
     for (uint8_t& b : src) b = static_cast<uint8_t>(rng());
     host::Frame s(src.data(), w, h);
-    for (int32_t width = 2; width <= 130; ++width) {
-        const int32_t left = width % 4;  // odd and even starting columns
-        const Rect r{left, 0, left + width, h};
-        const uint32_t dir = static_cast<uint32_t>(width % 8);
-        const uint32_t depth = 1 + static_cast<uint32_t>(width % 5);
-        Bytes scalar(src.size(), kGuardByte), simd(src.size(), kGuardByte);
-        host::Frame ds(scalar.data(), w, h), dv(simd.data(), w, h);
-        FieldView vs, vv;
-        ASSERT_EQ(OpenField(&ds, &s, &r, width & 1, &vs), status::ok);
-        ASSERT_EQ(OpenField(&dv, &s, &r, width & 1, &vv), status::ok);
-        EmbossField(vs, dir, depth, EmbossSpan);
-        EmbossField(vv, dir, depth, EmbossSpanSse2);
-        ASSERT_EQ(simd, scalar) << "width " << width;
+    for (const auto& [level, span] : SimdSpans()) {
+        for (int32_t width = 2; width <= 130; ++width) {
+            const int32_t left = width % 4;  // odd and even starting columns
+            const Rect r{left, 0, left + width, h};
+            const uint32_t dir = static_cast<uint32_t>(width % 8);
+            const uint32_t depth = 1 + static_cast<uint32_t>(width % 5);
+            Bytes scalar(src.size(), kGuardByte), simd(src.size(), kGuardByte);
+            host::Frame ds(scalar.data(), w, h), dv(simd.data(), w, h);
+            FieldView vs, vv;
+            ASSERT_EQ(OpenField(&ds, &s, &r, width & 1, &vs), status::ok);
+            ASSERT_EQ(OpenField(&dv, &s, &r, width & 1, &vv), status::ok);
+            EmbossField(vs, dir, depth, EmbossSpan);
+            EmbossField(vv, dir, depth, span);
+            ASSERT_EQ(simd, scalar) << SimdLevelName(level) << " width " << width;
+        }
     }
+}
+
+TEST(EmbossSimd, SelectionFollowsTheLevel) {
+    EXPECT_EQ(SelectEmbossSpan(SimdLevel::scalar), &EmbossSpan);
+    EXPECT_EQ(SelectEmbossSpan(SimdLevel::sse2), &EmbossSpanSse2);
+    EXPECT_EQ(SelectEmbossSpan(SimdLevel::avx2), &EmbossSpanAvx2);
 }
 
 // All eight directions rendered by a module whose host reports no SSE2 and

@@ -9,6 +9,7 @@
 #include <immintrin.h>
 
 #include "color_wheel_kernel.h"
+#include "temporal/anti_flicker/row_prefetch.h"
 
 namespace zvf::filters {
 namespace {
@@ -38,8 +39,13 @@ void Rows(const FieldView& v, const WheelPlan& p) {
     for (int32_t r = 0; r < v.rows; ++r) {
         const uint8_t* s = v.src + r * v.step;
         uint8_t* d = v.dst + r * v.step;
+        // The same column of the next row, source and destination, is
+        // fetched as this one is worked on.
+        const ptrdiff_t ahead = r + 1 < v.rows ? v.step : 0;
         for (int32_t i = 0; i < wide; i += 8) {
             const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 4 * i));
+            PrefetchLine(s + ahead + 4 * i);
+            PrefetchLineForWrite(d + ahead + 4 * i);
             const __m256i uv = _mm256_sub_epi16(_mm256_srli_epi16(x, 8), bias);
             __m256i su = _mm256_madd_epi16(uv, uHigh);
             __m256i sv = _mm256_madd_epi16(uv, vHigh);

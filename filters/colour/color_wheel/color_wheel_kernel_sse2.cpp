@@ -11,6 +11,7 @@
 #include <emmintrin.h>
 
 #include "color_wheel_kernel.h"
+#include "temporal/anti_flicker/row_prefetch.h"
 
 namespace zvf::filters {
 namespace {
@@ -43,8 +44,13 @@ void Rows(const FieldView& v, const WheelPlan& p) {
     for (int32_t r = 0; r < v.rows; ++r) {
         const uint8_t* s = v.src + r * v.step;
         uint8_t* d = v.dst + r * v.step;
+        // The same column of the next row, source and destination, is
+        // fetched as this one is worked on.
+        const ptrdiff_t ahead = r + 1 < v.rows ? v.step : 0;
         for (int32_t i = 0; i < wide; i += 4) {
             const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 4 * i));
+            PrefetchLine(s + ahead + 4 * i);
+            PrefetchLineForWrite(d + ahead + 4 * i);
             // U' and V' as the low and high 16 bits of each pair's lane.
             const __m128i uv = _mm_sub_epi16(_mm_srli_epi16(x, 8), bias);
             __m128i su = _mm_madd_epi16(uv, uHigh);

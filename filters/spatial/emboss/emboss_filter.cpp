@@ -36,7 +36,7 @@ public:
         // field's rows, or references would read bytes already written.
         std::unique_ptr<uint8_t[]> scratch;
         if (SourceOverlapsDestination(v) && !DetachSource(&v, &scratch)) return status::out_of_memory;
-        EmbossField(v, p.direction, p.depth, Simd() >= SimdLevel::sse2 ? EmbossSpanSse2 : EmbossSpan);
+        EmbossField(v, p.direction, p.depth, SelectEmbossSpan(Simd()));
         return status::ok;
     }
 

@@ -21,19 +21,23 @@ void AgainstPair(const uint8_t* s, const uint8_t* pair, uint8_t* out, int32_t pa
 
 // One row against its reference row `t`: the pairs whose reference is
 // clamped and the pairs whose reference is inside are separate loops, so the
-// span loop carries no test.
+// span loop carries no test. The next row lies `ahead` bytes on, its
+// reference `refAhead`.
 template <int DC>
-void ReliefRow(const uint8_t* s, const uint8_t* t, uint8_t* out, int32_t pairs, int32_t d, EmbossSpanFn span) {
+void ReliefRow(const uint8_t* s, const uint8_t* t, uint8_t* out, int32_t pairs, int32_t d, EmbossSpanFn span,
+               ptrdiff_t ahead, ptrdiff_t refAhead) {
     if constexpr (DC == 0) {
-        span(s, t, out, size_t{4} * static_cast<size_t>(pairs));
+        span(s, t, out, size_t{4} * static_cast<size_t>(pairs), ahead, refAhead);
     } else if constexpr (DC < 0) {
         const int32_t clamped = std::min(d, pairs);  // pairs c < d refer to pair 0
         AgainstPair(s, t, out, clamped);
         const size_t at = size_t{4} * static_cast<size_t>(clamped);
-        span(s + at, t, out + at, size_t{4} * static_cast<size_t>(pairs - clamped));
+        span(s + at, t, out + at, size_t{4} * static_cast<size_t>(pairs - clamped), ahead, refAhead);
     } else {
         const int32_t inside = pairs > d ? pairs - d : 0;  // pairs c < Q - d refer to c + d
-        if (inside > 0) span(s, t + size_t{4} * static_cast<size_t>(d), out, size_t{4} * static_cast<size_t>(inside));
+        if (inside > 0)
+            span(s, t + size_t{4} * static_cast<size_t>(d), out, size_t{4} * static_cast<size_t>(inside), ahead,
+                 refAhead);
         const size_t at = size_t{4} * static_cast<size_t>(inside);
         AgainstPair(s + at, t + size_t{4} * static_cast<size_t>(pairs - 1), out + at, pairs - inside);
     }
@@ -43,20 +47,30 @@ template <int DR, int DC>
 void ReliefField(const FieldView& v, int32_t d, EmbossSpanFn span) {
     for (int32_t r = 0; r < v.rows; ++r) {
         const int32_t ref = std::clamp(r + DR * d, 0, v.rows - 1);
-        ReliefRow<DC>(v.src + r * v.step, v.src + ref * v.step, v.dst + r * v.step, v.pairs, d, span);
+        const bool last = r + 1 == v.rows;
+        const ptrdiff_t ahead = last ? 0 : v.step;
+        const ptrdiff_t refAhead = last ? 0 : (std::clamp(r + 1 + DR * d, 0, v.rows - 1) - ref) * v.step;
+        ReliefRow<DC>(v.src + r * v.step, v.src + ref * v.step, v.dst + r * v.step, v.pairs, d, span, ahead, refAhead);
     }
 }
 
 using FieldFn = void (*)(const FieldView&, int32_t, EmbossSpanFn);
-constexpr FieldFn kKernels[8] = {ReliefField<+1, 0>,  ReliefField<+1, -1>, ReliefField<0, -1>, ReliefField<-1, -1>,
-                                 ReliefField<-1, 0>,  ReliefField<-1, +1>, ReliefField<0, +1>, ReliefField<+1, +1>};
+constexpr FieldFn kKernels[8] = {ReliefField<+1, 0>, ReliefField<+1, -1>, ReliefField<0, -1>, ReliefField<-1, -1>,
+                                 ReliefField<-1, 0>, ReliefField<-1, +1>, ReliefField<0, +1>, ReliefField<+1, +1>};
 
 }  // namespace
 
 EmbossStep EmbossDirection(uint32_t direction) { return kSteps[std::min(direction, 7u)]; }
 
-void EmbossSpan(const uint8_t* s, const uint8_t* t, uint8_t* out, size_t n) {
+void EmbossSpan(const uint8_t* s, const uint8_t* t, uint8_t* out, size_t n, ptrdiff_t, ptrdiff_t) {
     for (size_t i = 0; i < n; ++i) out[i] = Relief(s[i], t[i]);
+}
+
+EmbossSpanFn SelectEmbossSpan(SimdLevel level) {
+#if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
+    if (level >= SimdLevel::avx2) return EmbossSpanAvx2;
+#endif
+    return level >= SimdLevel::sse2 ? EmbossSpanSse2 : EmbossSpan;
 }
 
 void EmbossField(const FieldView& v, uint32_t direction, uint32_t depth, EmbossSpanFn span) {

@@ -11,6 +11,7 @@
 #include <cstdint>
 
 #include "zvf/field.h"
+#include "zvf/simd_level.h"
 
 namespace zvf::filters {
 
@@ -23,12 +24,20 @@ struct EmbossStep {
 EmbossStep EmbossDirection(uint32_t direction);
 
 // out[i] = clamp(s[i] - t[i] + 128, 0, 255) for i < n. The scalar version
-// defines the results; any other version is bit-exact with it.
-using EmbossSpanFn = void (*)(const uint8_t* s, const uint8_t* t, uint8_t* out, size_t n);
-void EmbossSpan(const uint8_t* s, const uint8_t* t, uint8_t* out, size_t n);
-// SSE2 twin, bit-exact with EmbossSpan; only for instances whose level is at
-// least SimdLevel::sse2.
-void EmbossSpanSse2(const uint8_t* s, const uint8_t* t, uint8_t* out, size_t n);
+// defines the results; any other version is bit-exact with it. `ahead` and
+// `refAhead` are the distances to the span the field walk works on next in
+// the source and destination, and in the reference (0 when there is none):
+// the SIMD versions fetch those lines while they work, as a field's rows are
+// too far apart for the hardware prefetcher. They are never read or written.
+using EmbossSpanFn = void (*)(const uint8_t* s, const uint8_t* t, uint8_t* out, size_t n, ptrdiff_t ahead,
+                              ptrdiff_t refAhead);
+void EmbossSpan(const uint8_t* s, const uint8_t* t, uint8_t* out, size_t n, ptrdiff_t ahead, ptrdiff_t refAhead);
+// SSE2 and AVX2 twins, bit-exact with EmbossSpan; only for instances whose
+// level is at least SimdLevel::sse2 or SimdLevel::avx2. AVX2 is x86 only.
+void EmbossSpanSse2(const uint8_t* s, const uint8_t* t, uint8_t* out, size_t n, ptrdiff_t ahead, ptrdiff_t refAhead);
+void EmbossSpanAvx2(const uint8_t* s, const uint8_t* t, uint8_t* out, size_t n, ptrdiff_t ahead, ptrdiff_t refAhead);
+// The span at the fastest of the levels allowed.
+EmbossSpanFn SelectEmbossSpan(SimdLevel level);
 
 // The relief of the view's rows for a depth of at least 1. A depth beyond
 // the field's size gives the same result as the largest that fits, since

@@ -13,7 +13,7 @@ inline uint32_t SwapLumas(uint32_t w) { return (w & 0xFF00FF00u) | ((w >> 16) & 
 
 // Two pairs per 64-bit word: the word's halves trade places (pair order
 // reversed) and each half has its lumas exchanged.
-void ReverseRowScalar(uint8_t* dst, const uint8_t* src, int32_t pairs) {
+void ReverseRowScalar(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t*, uint8_t*) {
     const uint8_t* s = src + 4 * static_cast<ptrdiff_t>(pairs);
     int32_t j = 0;
     for (; j + 2 <= pairs; j += 2, dst += 8) {
@@ -61,10 +61,13 @@ void MirrorField(const FieldView& v, bool horizontal, bool vertical, SimdLevel l
     for (int32_t k = 0; k < v.rows; ++k) {
         uint8_t* dst = v.dst + k * v.step;
         const uint8_t* src = v.src + MirrorSourceRow(k, v.rows, odd, vertical) * v.step;
-        if (MirrorReversesRow(k, odd, horizontal, vertical))
-            reverse(dst, src, v.pairs);
-        else
+        if (MirrorReversesRow(k, odd, horizontal, vertical)) {
+            const bool last = k + 1 == v.rows;
+            reverse(dst, src, v.pairs, last ? src : v.src + MirrorSourceRow(k + 1, v.rows, odd, vertical) * v.step,
+                    last ? dst : dst + v.step);
+        } else {
             std::memcpy(dst, src, rowBytes);
+        }
     }
 }
 
@@ -72,19 +75,24 @@ void MirrorFieldInPlace(const FieldView& v, bool horizontal, bool vertical, Simd
     const bool odd = v.odd != 0;
     const size_t rowBytes = size_t{4} * static_cast<size_t>(v.pairs);
     const MirrorRowFn reverse = SelectReverseRow(level);
-    auto put = [&](int32_t k, const uint8_t* from) {
+    // The reversals fetch ahead the two rows the next exchange works on.
+    auto put = [&](int32_t k, const uint8_t* from, const uint8_t* nextFrom, uint8_t* nextTo) {
+        uint8_t* to = v.dst + k * v.step;
         if (MirrorReversesRow(k, odd, horizontal, vertical))
-            reverse(v.dst + k * v.step, from, v.pairs);
+            reverse(to, from, v.pairs, nextFrom, nextTo);
         else
-            std::memcpy(v.dst + k * v.step, from, rowBytes);
+            std::memcpy(to, from, rowBytes);
     };
     for (int32_t k = 0; k < v.rows; ++k) {
         const int32_t m = MirrorSourceRow(k, v.rows, odd, vertical);
         if (m < k) continue;  // exchanged when its partner came by
         if (m == k && !MirrorReversesRow(k, odd, horizontal, vertical)) continue;  // stays as it is
+        const int32_t kn = k + 1 < v.rows ? k + 1 : k;
+        uint8_t* nextRow = v.dst + kn * v.step;
+        const uint8_t* nextPartner = v.dst + MirrorSourceRow(kn, v.rows, odd, vertical) * v.step;
         std::memcpy(row, v.dst + k * v.step, rowBytes);
-        if (m != k) put(k, v.dst + m * v.step);
-        put(m, row);
+        if (m != k) put(k, v.dst + m * v.step, nextPartner, nextRow);
+        put(m, row, nextPartner, nextRow);
     }
 }
 

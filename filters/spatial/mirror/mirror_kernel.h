@@ -24,12 +24,16 @@ bool MirrorReversesRow(int32_t k, bool oddField, bool horizontal, bool vertical)
 
 // One reversed row: destination pair j takes source pair pairs-1-j with its
 // two luma bytes exchanged (Y1 Cb Y0 Cr), the exact pixel mirror of an
-// even-width span. Source and destination must not overlap.
-using MirrorRowFn = void (*)(uint8_t* dst, const uint8_t* src, int32_t pairs);
-void ReverseRowScalar(uint8_t* dst, const uint8_t* src, int32_t pairs);
+// even-width span. Source and destination must not overlap. `nextSrc` and
+// `nextDst` are the rows the next call works on (or `src` and `dst` when
+// there is none); the SIMD twins fetch them ahead, a field's rows being too
+// far apart for the hardware prefetcher. They are never read or written.
+using MirrorRowFn = void (*)(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc,
+                             uint8_t* nextDst);
+void ReverseRowScalar(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst);
 // Twins of ReverseRowScalar, byte-identical to it; x86 only.
-void ReverseRowSse2(uint8_t* dst, const uint8_t* src, int32_t pairs);
-void ReverseRowAvx2(uint8_t* dst, const uint8_t* src, int32_t pairs);
+void ReverseRowSse2(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst);
+void ReverseRowAvx2(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst);
 // The reversal at the fastest of the levels allowed.
 MirrorRowFn SelectReverseRow(SimdLevel level);
 

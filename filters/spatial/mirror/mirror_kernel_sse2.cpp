@@ -7,6 +7,7 @@
 #include <emmintrin.h>
 
 #include "mirror_kernel.h"
+#include "temporal/anti_flicker/row_prefetch.h"
 
 namespace zvf::filters {
 namespace {
@@ -20,12 +21,15 @@ inline __m128i ReverseFour(__m128i x, __m128i lumaMask) {
 
 }  // namespace
 
-void ReverseRowSse2(uint8_t* dst, const uint8_t* src, int32_t pairs) {
+void ReverseRowSse2(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst) {
     const __m128i lumaMask = _mm_set1_epi32(0x00FF00FF);
     const uint8_t* s = src + 4 * static_cast<ptrdiff_t>(pairs);
+    const ptrdiff_t srcAhead = nextSrc - src, dstAhead = nextDst - dst;
     int32_t j = 0;
     for (; j + 8 <= pairs; j += 8, dst += 32) {
         s -= 32;
+        PrefetchLine(s + srcAhead);
+        PrefetchLineForWrite(dst + dstAhead);
         const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 16));
         const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
         _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), ReverseFour(a, lumaMask));
@@ -39,7 +43,7 @@ void ReverseRowSse2(uint8_t* dst, const uint8_t* src, int32_t pairs) {
         dst += 16;
     }
     // The remaining destination pairs take the first source pairs.
-    if (j < pairs) ReverseRowScalar(dst, src, pairs - j);
+    if (j < pairs) ReverseRowScalar(dst, src, pairs - j, src, dst);
 }
 
 }  // namespace zvf::filters

@@ -15,15 +15,22 @@ namespace zvf::filters {
 int32_t AntiFlickerWeight(uint32_t power);
 
 // The row kernels BlendField runs; every version is bit-exact with the
-// scalar one on every input, for weights 0..8192.
+// scalar one on every input, for weights 0..8192. `ahead` is the distance to
+// the next row the field walk works on (0 when there is none): the SIMD
+// versions fetch the lines there that the next call reads first (its current
+// row and its new neighbour row, c + ahead and n or b + ahead) and the
+// destination line it writes, as a field's rows are too far apart for the
+// hardware prefetcher. Those lines are never read or written here.
 struct BlendRows {
     // o = (c * (8192 - w) + n * w) >> 13
-    void (*edge)(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w);
+    void (*edge)(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead);
     // o = ((a + b) * w + c * (16384 - 2w)) >> 14
-    void (*middle)(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w);
+    void (*middle)(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
+                   ptrdiff_t ahead);
 };
 BlendRows ScalarBlendRows();
 BlendRows Sse2BlendRows();  // anti_flicker_kernel_sse2.cpp
+BlendRows Avx2BlendRows();  // anti_flicker_kernel_avx2.cpp, x86 only
 // The fastest rows the level allows.
 BlendRows BlendRowsFor(SimdLevel level);
 

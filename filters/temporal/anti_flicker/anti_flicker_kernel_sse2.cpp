@@ -1,8 +1,15 @@
-// SSE2 twins of Anti Flicker's row kernels: sixteen bytes per step, each pair
-// of 16-bit terms multiplied and summed with pmaddwd, as the scalar rows do
-// in 32 bits. Bit-exact with the scalar rows for weights 0..8192: all terms
-// are non-negative and every sum fits a signed 32-bit lane.
+// SSE2 twins of Anti Flicker's row kernels, sixteen bytes per step in 16-bit
+// lanes. The blends are rewritten around the current byte, which the weights
+// keep whole:
+//   (c (8192 - w) + n w) >> 13          = c + floor(8 (n - c) w / 65536)
+//   ((a + b) w + c (16384 - 2w)) >> 14  = c + floor(4 (a + b - 2c) w / 65536)
+// and pmulhw gives floor(x w / 65536) exactly for the signed differences
+// (|x| <= 2040) and weights 0..8192. Below 8192 the middle rows fold the 4
+// into the weight instead (4w still fits 16 bits), two shifts fewer. The
+// results lie in 0..255, so nothing saturates. Bit-exact with the scalar
+// rows for weights 0..8192.
 #include "anti_flicker_kernel.h"
+#include "row_prefetch.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -10,52 +17,69 @@
 namespace zvf::filters {
 namespace {
 
-// Sixteen results from four lanes of (x, y) word pairs times `weights`.
-inline __m128i Weighted(__m128i x16lo, __m128i y16lo, __m128i x16hi, __m128i y16hi, __m128i weights, int shift) {
-    const __m128i s0 = _mm_srli_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(x16lo, y16lo), weights), shift);
-    const __m128i s1 = _mm_srli_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(x16lo, y16lo), weights), shift);
-    const __m128i s2 = _mm_srli_epi32(_mm_madd_epi16(_mm_unpacklo_epi16(x16hi, y16hi), weights), shift);
-    const __m128i s3 = _mm_srli_epi32(_mm_madd_epi16(_mm_unpackhi_epi16(x16hi, y16hi), weights), shift);
-    return _mm_packus_epi16(_mm_packs_epi32(s0, s1), _mm_packs_epi32(s2, s3));
-}
-
-inline __m128i WeightPair(int32_t first, int32_t second) {
-    return _mm_set1_epi32(static_cast<int32_t>((static_cast<uint32_t>(second) << 16) | static_cast<uint16_t>(first)));
-}
-
 inline uint8_t Saturate(uint32_t v) { return static_cast<uint8_t>(v > 255 ? 255 : v); }
 
-void EdgeRowSse2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w) {
+inline __m128i Load(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+
+// c + floor(8 (n - c) w / 65536) for eight 16-bit lanes.
+inline __m128i Edge8(__m128i c, __m128i n, __m128i w) {
+    return _mm_add_epi16(c, _mm_mulhi_epi16(_mm_slli_epi16(_mm_sub_epi16(n, c), 3), w));
+}
+
+// c + floor((a + b - 2c) w / 16384) for eight 16-bit lanes, `w4` being 4w
+// (which fits 16 bits up to w = 8191) or, for kFull, w itself.
+template <bool kFull>
+inline __m128i Middle8(__m128i a, __m128i c, __m128i b, __m128i w4) {
+    if constexpr (kFull) {
+        const __m128i d = _mm_sub_epi16(_mm_slli_epi16(_mm_add_epi16(a, b), 2), _mm_slli_epi16(c, 3));
+        return _mm_add_epi16(c, _mm_mulhi_epi16(d, w4));
+    } else {
+        const __m128i d = _mm_sub_epi16(_mm_add_epi16(a, b), _mm_add_epi16(c, c));
+        return _mm_add_epi16(c, _mm_mulhi_epi16(d, w4));
+    }
+}
+
+void EdgeRowSse2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
     const __m128i zero = _mm_setzero_si128();
-    const __m128i weights = WeightPair(8192 - w, w);
+    const __m128i wv = _mm_set1_epi16(static_cast<int16_t>(w));
     size_t i = 0;
     for (; i + 16 <= bytes; i += 16) {
-        const __m128i cv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(c + i));
-        const __m128i nv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(n + i));
-        const __m128i r = Weighted(_mm_unpacklo_epi8(cv, zero), _mm_unpacklo_epi8(nv, zero),
-                                   _mm_unpackhi_epi8(cv, zero), _mm_unpackhi_epi8(nv, zero), weights, 13);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(o + i), r);
+        const __m128i cv = Load(c + i), nv = Load(n + i);
+        PrefetchLine(c + ahead + i);
+        PrefetchLine(n + ahead + i);
+        PrefetchLineForWrite(o + ahead + i);
+        const __m128i lo = Edge8(_mm_unpacklo_epi8(cv, zero), _mm_unpacklo_epi8(nv, zero), wv);
+        const __m128i hi = Edge8(_mm_unpackhi_epi8(cv, zero), _mm_unpackhi_epi8(nv, zero), wv);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(o + i), _mm_packus_epi16(lo, hi));
     }
     const auto wn = static_cast<uint32_t>(w);
     for (; i < bytes; ++i) o[i] = Saturate((c[i] * (8192u - wn) + n[i] * wn) >> 13);
 }
 
-void MiddleRowSse2(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w) {
+template <bool kFull>
+void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
+                ptrdiff_t ahead) {
     const __m128i zero = _mm_setzero_si128();
-    const __m128i weights = WeightPair(w, 16384 - 2 * w);
+    const __m128i wv = _mm_set1_epi16(static_cast<int16_t>(kFull ? w : 4 * w));
     size_t i = 0;
     for (; i + 16 <= bytes; i += 16) {
-        const __m128i av = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a + i));
-        const __m128i bv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(b + i));
-        const __m128i cv = _mm_loadu_si128(reinterpret_cast<const __m128i*>(c + i));
-        const __m128i sumLo = _mm_add_epi16(_mm_unpacklo_epi8(av, zero), _mm_unpacklo_epi8(bv, zero));
-        const __m128i sumHi = _mm_add_epi16(_mm_unpackhi_epi8(av, zero), _mm_unpackhi_epi8(bv, zero));
-        const __m128i r =
-            Weighted(sumLo, _mm_unpacklo_epi8(cv, zero), sumHi, _mm_unpackhi_epi8(cv, zero), weights, 14);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(o + i), r);
+        const __m128i av = Load(a + i), bv = Load(b + i), cv = Load(c + i);
+        PrefetchLine(c + ahead + i);
+        PrefetchLine(b + ahead + i);
+        PrefetchLineForWrite(o + ahead + i);
+        const __m128i lo =
+            Middle8<kFull>(_mm_unpacklo_epi8(av, zero), _mm_unpacklo_epi8(cv, zero), _mm_unpacklo_epi8(bv, zero), wv);
+        const __m128i hi =
+            Middle8<kFull>(_mm_unpackhi_epi8(av, zero), _mm_unpackhi_epi8(cv, zero), _mm_unpackhi_epi8(bv, zero), wv);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(o + i), _mm_packus_epi16(lo, hi));
     }
     const auto wn = static_cast<uint32_t>(w);
     for (; i < bytes; ++i) o[i] = Saturate(((a[i] + b[i]) * wn + c[i] * (16384u - 2 * wn)) >> 14);
+}
+
+void MiddleRowSse2(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
+                   ptrdiff_t ahead) {
+    w < 8192 ? MiddleLoop<false>(a, c, b, o, bytes, w, ahead) : MiddleLoop<true>(a, c, b, o, bytes, w, ahead);
 }
 
 }  // namespace
