@@ -51,10 +51,12 @@ using BlurStripFn = void (*)(const uint8_t* src, uint8_t* dst, ptrdiff_t step, i
                              int32_t* up);
 void BlurStripScalar(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
                      int32_t* up);
-// Eight columns per instruction; bit-exact with BlurStripScalar.
+// Sixteen columns at a time, using (rows + 1) * lanes bytes of `up` for any
+// `lanes` (multiple of 4); bit-exact with BlurStripScalar.
 void BlurStripSse2(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
                    int32_t* up);
-// Sixteen columns per instruction; bit-exact with BlurStripScalar.
+// 32 columns at a time, using (rows + 1) * lanes bytes of `up` for any
+// `lanes`; bit-exact with BlurStripScalar.
 void BlurStripAvx2(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
                    int32_t* up);
 
