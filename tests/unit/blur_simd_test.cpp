@@ -136,11 +136,15 @@ TEST(BlurSimd, EveryWeightAndStripWidthOnRandomColumns) {
             BlurStripSse2(src.data() + 1, sse2.data() + 1, step, rows, lanes, a,
                           reinterpret_cast<int32_t*>(bytes.data()));
             ASSERT_EQ(sse2, scalar) << "lanes " << lanes << " rows " << rows << " weight " << a;
-            if (lanes > 4 * kStripPairs) continue;
-            std::vector<int32_t> up(static_cast<size_t>(rows) * lanes);
+            if (lanes > 4 * kWideStripPairs) continue;
+            // The scalar pass in pieces of kStripPairs pairs, the SIMD one with
+            // one entry per pair and row.
+            std::vector<int32_t> smoothUp(static_cast<size_t>(rows) * lanes);
             std::vector<uint8_t> smoothScalar = src, smoothSse2 = src;
-            SmoothStripScalar(smoothScalar.data() + 1, step, rows, lanes, a, up.data());
-            SmoothStripSse2(smoothSse2.data() + 1, step, rows, lanes, a, up.data());
+            for (int32_t c = 0; c < lanes; c += 4 * kStripPairs)
+                SmoothStripScalar(smoothScalar.data() + 1 + c, step, rows, std::min(4 * kStripPairs, lanes - c), a,
+                                  smoothUp.data());
+            SmoothStripSse2(smoothSse2.data() + 1, step, rows, lanes, a, smoothUp.data());
             ASSERT_EQ(smoothSse2, smoothScalar) << "smooth lanes " << lanes << " rows " << rows << " weight " << a;
         }
     }

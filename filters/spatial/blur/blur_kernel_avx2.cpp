@@ -48,6 +48,14 @@ ZVF_INLINE void Load(const uint8_t* p, __m256i& lo, __m256i& hi) {
 
 ZVF_INLINE void Store(uint8_t* p, const __m256i& lo, const __m256i& hi) { PutWords(p, _mm256_packus_epi16(lo, hi)); }
 
+// The upward sweep climbs the field against the hardware prefetchers'
+// direction; the rows it reaches a few steps later are asked for ahead.
+constexpr int32_t kAhead = 16;
+
+ZVF_INLINE void Prefetch(const uint8_t* row, int32_t bytes) {
+    for (int32_t j = 0; j < bytes; j += 64) _mm_prefetch(reinterpret_cast<const char*>(row + j), _MM_HINT_T0);
+}
+
 // Every column of a strip `whole` bytes wide (a multiple of 32), the rows
 // swept as in the scalar version; the bottom-up values and the top-down state
 // are kept as bytes (every value of the recursion is a whole byte), `whole`
@@ -62,6 +70,7 @@ ZVF_INLINE void Strip(const S& blur, const uint8_t* src, uint8_t* dst, ptrdiff_t
         const uint8_t* in = src + k * step;
         uint8_t* here = up + static_cast<ptrdiff_t>(k) * whole;
         const uint8_t* below = here + whole;
+        if (k >= kAhead) Prefetch(in - kAhead * step, whole);
         for (int32_t j = 0; j < whole; j += 32) {
             __m256i xl, xh, pl, ph;
             Load(in + j, xl, xh);

@@ -19,6 +19,9 @@ constexpr int32_t kStripPairs = 16;
 // a strip's state for a 2160-line frame (about half a megabyte) stays in the
 // second-level cache.
 constexpr int32_t kSimdStripPairs = 128;
+// Smooth Blur's SIMD versions keep 32-bit lanes, 512 bytes of scratch per
+// row for strips of this many pairs.
+constexpr int32_t kWideStripPairs = 32;
 constexpr size_t kLanes = 4;
 
 // Fewest entries a field of rows x pairs can be filtered with (the strip is
@@ -30,9 +33,9 @@ size_t MinScratchEntries(int32_t rows, int32_t pairs);
 int32_t SimdStripPairs(size_t entries, int32_t rows, int32_t pairs);
 // Entries for full-width strips at every level.
 size_t FullScratchEntries(int32_t rows, int32_t pairs);
-// Pair columns per vertical strip that `entries` allow; 0 when fewer than
-// MinScratchEntries.
-int32_t StripPairs(size_t entries, int32_t rows, int32_t pairs);
+// Pair columns per vertical strip, at most `widest`, that `entries` allow
+// with one entry per pair and row; 0 when fewer than MinScratchEntries.
+int32_t StripPairs(size_t entries, int32_t rows, int32_t pairs, int32_t widest = kStripPairs);
 
 class FieldScratch {
 public:

@@ -2,6 +2,7 @@
 // two rows per instruction, up to four such recursions interleaved; the vertical one eight byte columns of a strip
 // per instruction, the rows swept as in the scalar version. Bit-exact with
 // the scalar passes.
+#include <algorithm>
 #include <cstring>
 
 #include "smooth_blur_kernel.h"
@@ -223,12 +224,15 @@ void SmoothRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
 
 void SmoothStripSse2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up) {
     if (a < 1 || a > 32767) {  // weights a hand-edited set can reach; no radius gives them
-        SmoothStripScalar(base, step, rows, lanes, a, up);
+        // The scalar pass keeps state for kStripPairs pairs; columns are
+        // independent, so a wider strip goes in pieces.
+        for (int32_t c = 0; c < lanes; c += 4 * kStripPairs)
+            SmoothStripScalar(base + c, step, rows, std::min(4 * kStripPairs, lanes - c), a, up);
         return;
     }
     const Accumulate acc(a);
     const int32_t whole = lanes & ~7;
-    alignas(16) int16_t state[4 * kStripPairs];
+    alignas(16) int16_t state[4 * kWideStripPairs];
 
     const uint8_t* bottom = base + (rows - 1) * step;
     int32_t j = 0;
