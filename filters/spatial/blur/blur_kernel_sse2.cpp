@@ -90,6 +90,14 @@ void Down(const S& blur, const uint8_t* in, uint8_t* state, const uint8_t* up, u
     Columns<N>::Store(out, _mm_srli_epi16(_mm_add_epi16(ul, zl), 1), _mm_srli_epi16(_mm_add_epi16(uh, zh), 1));
 }
 
+// The upward sweep climbs the field against the hardware prefetchers'
+// direction; the rows it reaches a few steps later are asked for ahead.
+constexpr int32_t kAhead = 16;
+
+void Prefetch(const uint8_t* row, int32_t bytes) {
+    for (int32_t j = 0; j < bytes; j += 64) _mm_prefetch(reinterpret_cast<const char*>(row + j), _MM_HINT_T0);
+}
+
 // Every column of a strip, the rows swept as in the scalar version; the
 // bottom-up values and the top-down state are kept as bytes (every value of
 // the recursion is a whole byte), `lanes` per row.
@@ -104,6 +112,7 @@ void Strip(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32
         const uint8_t* in = src + k * step;
         uint8_t* here = up + static_cast<ptrdiff_t>(k) * lanes;
         const uint8_t* below = here + lanes;
+        if (k >= kAhead) Prefetch(in - kAhead * step, lanes);
         int32_t j = 0;
         for (; j < by16; j += 16) Up<16>(blur, in + j, below + j, here + j);
         if (lanes - j >= 8) {
