@@ -39,8 +39,10 @@ void BlurRowsScalar(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 // when `fwd` holds 4 * v.pairs lanes per two rows; bit-exact with
 // BlurRowsScalar.
 void BlurRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
-// Four rows per instruction, eight rows at once when `fwd` holds 16 * v.pairs
-// lanes (otherwise the SSE2 pass); bit-exact with BlurRowsScalar.
+// Eight rows per register, four pairs of them loaded and transposed at a
+// time; sixteen rows at once when `fwd` holds 16 * v.pairs lanes, eight when
+// it holds 8 * v.pairs (otherwise the SSE2 pass); bit-exact with
+// BlurRowsScalar.
 void BlurRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 
 // The vertical pass over one strip of `lanes` byte columns (a multiple of 4)

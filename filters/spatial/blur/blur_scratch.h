@@ -19,8 +19,9 @@ constexpr int32_t kStripPairs = 16;
 // a strip's state for a 2160-line frame (about half a megabyte) stays in the
 // second-level cache.
 constexpr int32_t kSimdStripPairs = 128;
-// Smooth Blur's SIMD versions keep 32-bit lanes, 512 bytes of scratch per
-// row for strips of this many pairs.
+// Smooth Blur's SIMD versions sweep strips of this many pairs: 512 bytes of
+// scratch per row for the SSE2 one's 32-bit accumulators, 256 for the AVX2
+// one's 16-bit states.
 constexpr int32_t kWideStripPairs = 32;
 constexpr size_t kLanes = 4;
 
