@@ -110,6 +110,37 @@ TEST(BlurLevels, FieldsAreByteIdenticalToScalarAtEveryLevel) {
     EXPECT_EQ(checked, static_cast<int>(Levels().size()) * 2 * 129 * 6);
 }
 
+// Fields wider than one vertical strip (several strips, the last one not a
+// whole number of register steps) and taller than the sweeps' look-ahead.
+TEST(BlurLevels, WideFieldsAreByteIdenticalToScalarAtEveryLevel) {
+    struct Case {
+        int32_t width, fieldRows, weight;
+        int picture;
+        Scratch size;
+    };
+    const Case cases[] = {
+        {600, 40, 10809, 0, Scratch::Full}, {1030, 23, 31000, 4, Scratch::Full}, {1030, 40, 32768, 0, Scratch::Full},
+        {1030, 40, 128, 0, Scratch::Min},   {601, 17, 20642, 3, Scratch::Odd},  {2050, 9, 2048, 0, Scratch::Full},
+    };
+    std::mt19937 rng(23);
+    for (SimdLevel level : Levels())
+        for (const Kernel& kernel : kKernels)
+            for (const Case& c : cases) {
+                const int32_t left = 3, w = left + c.width + 2, h = 2 * c.fieldRows + 3;
+                const Rect r{left, 1, left + c.width, 1 + 2 * c.fieldRows};
+                std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 2);
+                for (size_t i = 0; i < pixels.size(); ++i) pixels[i] = Sample(rng, c.picture, i);
+                for (bool inPlace : {false, true}) {
+                    const auto want = Render(kernel, pixels, w, h, r, 0, c.weight, c.size, inPlace, SimdLevel::scalar);
+                    const auto got = Render(kernel, pixels, w, h, r, 0, c.weight, c.size, inPlace, level);
+                    // The frame as a whole: the field's pairs and every guard byte around them.
+                    ASSERT_EQ(got, want) << kernel.name << " " << SimdLevelName(level) << " width " << c.width
+                                         << " rows " << c.fieldRows << " weight " << c.weight
+                                         << (inPlace ? " in place" : "");
+                }
+            }
+}
+
 TEST(BlurLevels, Avx2StripsMatchScalarOnEveryStripWidth) {
     if (LevelFromFeatures(host::DetectProcessorFeatures()) < SimdLevel::avx2) GTEST_SKIP() << "no AVX2";
     std::mt19937 rng(17);
