@@ -6,6 +6,7 @@
 // AVX2 vertical passes on every strip width directly.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <vector>
 
@@ -50,14 +51,20 @@ uint8_t Sample(std::mt19937& rng, int picture, size_t i) {
     }
 }
 
+// How much scratch a render gets: the fewest entries, a few more (strips of
+// odd widths), or full strips.
+enum class Scratch { Min, Odd, Full };
+
 std::vector<uint8_t> Render(const Kernel& kernel, const std::vector<uint8_t>& pixels, int32_t w, int32_t h,
-                            const Rect& r, int32_t field, int32_t a, bool fullScratch, bool inPlace, SimdLevel level) {
+                            const Rect& r, int32_t field, int32_t a, Scratch size, bool inPlace, SimdLevel level) {
     std::vector<uint8_t> in = pixels;
     std::vector<uint8_t> out = inPlace ? pixels : std::vector<uint8_t>(pixels.size(), kMarker);
     host::Frame src(in.data(), w, h), dst(out.data(), w, h);
     FieldView v;
     EXPECT_EQ(OpenField(&dst, inPlace ? &dst : &src, &r, field, &v), status::ok);
-    const size_t entries = fullScratch ? FullScratchEntries(v.rows, v.pairs) : MinScratchEntries(v.rows, v.pairs);
+    const size_t entries = size == Scratch::Full  ? FullScratchEntries(v.rows, v.pairs)
+                           : size == Scratch::Odd ? MinScratchEntries(v.rows, v.pairs) + 3
+                                                  : MinScratchEntries(v.rows, v.pairs);
     std::vector<int32_t> scratch(kLanes * entries);
     EXPECT_TRUE(kernel.run(v, a, scratch, level));
     return out;
@@ -80,13 +87,13 @@ TEST(BlurLevels, FieldsAreByteIdenticalToScalarAtEveryLevel) {
                 std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 2);
                 const int picture = width % 5;
                 for (size_t i = 0; i < pixels.size(); ++i) pixels[i] = Sample(rng, picture, i);
-                for (bool full : {false, true})
+                for (Scratch size : {Scratch::Min, Scratch::Odd, Scratch::Full})
                     for (bool inPlace : {false, true}) {
-                        const auto want = Render(kernel, pixels, w, h, r, field, a, full, inPlace, SimdLevel::scalar);
-                        const auto got = Render(kernel, pixels, w, h, r, field, a, full, inPlace, level);
+                        const auto want = Render(kernel, pixels, w, h, r, field, a, size, inPlace, SimdLevel::scalar);
+                        const auto got = Render(kernel, pixels, w, h, r, field, a, size, inPlace, level);
                         ASSERT_EQ(got, want) << kernel.name << " " << SimdLevelName(level) << " width " << width
-                                             << " rows " << fieldRows << " weight " << a << (full ? " full" : " min")
-                                             << (inPlace ? " in place" : "");
+                                             << " rows " << fieldRows << " weight " << a << " scratch "
+                                             << static_cast<int>(size) << (inPlace ? " in place" : "");
                         // Outside the field's pairs of the rectangle nothing changed.
                         const int32_t end = left + 2 * (width / 2);
                         for (int32_t y = 0; y < h; ++y)
@@ -100,26 +107,70 @@ TEST(BlurLevels, FieldsAreByteIdenticalToScalarAtEveryLevel) {
                         ++checked;
                     }
             }
-    EXPECT_EQ(checked, static_cast<int>(Levels().size()) * 2 * 129 * 4);
+    EXPECT_EQ(checked, static_cast<int>(Levels().size()) * 2 * 129 * 6);
+}
+
+// Fields wider than one vertical strip (several strips, the last one not a
+// whole number of register steps) and taller than the sweeps' look-ahead.
+TEST(BlurLevels, WideFieldsAreByteIdenticalToScalarAtEveryLevel) {
+    struct Case {
+        int32_t width, fieldRows, weight;
+        int picture;
+        Scratch size;
+    };
+    const Case cases[] = {
+        {600, 40, 10809, 0, Scratch::Full}, {1030, 23, 31000, 4, Scratch::Full}, {1030, 40, 32768, 0, Scratch::Full},
+        {1030, 40, 128, 0, Scratch::Min},   {601, 17, 20642, 3, Scratch::Odd},  {2050, 9, 2048, 0, Scratch::Full},
+    };
+    std::mt19937 rng(23);
+    for (SimdLevel level : Levels())
+        for (const Kernel& kernel : kKernels)
+            for (const Case& c : cases) {
+                const int32_t left = 3, w = left + c.width + 2, h = 2 * c.fieldRows + 3;
+                const Rect r{left, 1, left + c.width, 1 + 2 * c.fieldRows};
+                std::vector<uint8_t> pixels(static_cast<size_t>(w) * h * 2);
+                for (size_t i = 0; i < pixels.size(); ++i) pixels[i] = Sample(rng, c.picture, i);
+                for (bool inPlace : {false, true}) {
+                    const auto want = Render(kernel, pixels, w, h, r, 0, c.weight, c.size, inPlace, SimdLevel::scalar);
+                    const auto got = Render(kernel, pixels, w, h, r, 0, c.weight, c.size, inPlace, level);
+                    // The frame as a whole: the field's pairs and every guard byte around them.
+                    ASSERT_EQ(got, want) << kernel.name << " " << SimdLevelName(level) << " width " << c.width
+                                         << " rows " << c.fieldRows << " weight " << c.weight
+                                         << (inPlace ? " in place" : "");
+                }
+            }
 }
 
 TEST(BlurLevels, Avx2StripsMatchScalarOnEveryStripWidth) {
     if (LevelFromFeatures(host::DetectProcessorFeatures()) < SimdLevel::avx2) GTEST_SKIP() << "no AVX2";
     std::mt19937 rng(17);
-    for (int32_t lanes = 4; lanes <= 4 * kStripPairs; lanes += 4) {
+    for (int32_t lanes = 4; lanes <= 4 * 66; lanes += 4) {
         for (int32_t rows : {1, 2, 3, 18}) {
             for (int32_t a : {0, 1, static_cast<int32_t>(rng() % 32769), 32767, 32768}) {
                 const ptrdiff_t step = lanes + 7;
                 std::vector<uint8_t> src(static_cast<size_t>(step) * rows + 8);
                 for (uint8_t& b : src) b = static_cast<uint8_t>(rng() % 3 == 0 ? (rng() & 1) * 255 : rng());
                 std::vector<uint8_t> scalar(src.size(), kMarker), avx2(src.size(), kMarker);
-                std::vector<int32_t> up(static_cast<size_t>(rows) * lanes);
-                BlurStripScalar(src.data() + 1, scalar.data() + 1, step, rows, lanes, a, up.data());
-                BlurStripAvx2(src.data() + 1, avx2.data() + 1, step, rows, lanes, a, up.data());
+                // The scalar pass keeps state for kStripPairs pairs: wider
+                // strips go in pieces (columns are independent).
+                std::vector<int32_t> up(static_cast<size_t>(rows) * 4 * kStripPairs);
+                for (int32_t c = 0; c < lanes; c += 4 * kStripPairs)
+                    BlurStripScalar(src.data() + 1 + c, scalar.data() + 1 + c, step, rows,
+                                    std::min(4 * kStripPairs, lanes - c), a, up.data());
+                // Exactly the bytes the AVX2 pass may use.
+                std::vector<uint8_t> bytes(static_cast<size_t>(rows + 1) * lanes);
+                BlurStripAvx2(src.data() + 1, avx2.data() + 1, step, rows, lanes, a,
+                              reinterpret_cast<int32_t*>(bytes.data()));
                 ASSERT_EQ(avx2, scalar) << "lanes " << lanes << " rows " << rows << " weight " << a;
+                if (lanes > 4 * kWideStripPairs) continue;
+                // The scalar pass in pieces of kStripPairs pairs, the SIMD one with
+                // one entry per pair and row.
+                std::vector<int32_t> smoothUp(static_cast<size_t>(rows) * lanes);
                 std::vector<uint8_t> smoothScalar = src, smoothAvx2 = src;
-                SmoothStripScalar(smoothScalar.data() + 1, step, rows, lanes, a, up.data());
-                SmoothStripAvx2(smoothAvx2.data() + 1, step, rows, lanes, a, up.data());
+                for (int32_t c = 0; c < lanes; c += 4 * kStripPairs)
+                    SmoothStripScalar(smoothScalar.data() + 1 + c, step, rows, std::min(4 * kStripPairs, lanes - c), a,
+                                      smoothUp.data());
+                SmoothStripAvx2(smoothAvx2.data() + 1, step, rows, lanes, a, smoothUp.data());
                 ASSERT_EQ(smoothAvx2, smoothScalar) << "smooth lanes " << lanes << " rows " << rows << " weight " << a;
             }
         }

@@ -68,10 +68,10 @@ void BlurStripScalar(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t r
 bool BlurField(const FieldView& v, int32_t a, std::span<int32_t> scratch, SimdLevel level) {
     if (v.rows <= 0 || v.pairs <= 0) return true;
     const size_t entries = scratch.size() / kLanes;
-    const int32_t strip = StripPairs(entries, v.rows, v.pairs);
+    const bool sse2 = level >= SimdLevel::sse2;
+    const int32_t strip = sse2 ? SimdStripPairs(entries, v.rows, v.pairs) : StripPairs(entries, v.rows, v.pairs);
     if (strip == 0) return false;
 
-    const bool sse2 = level >= SimdLevel::sse2;
     const BlurRowsFn horizontal = level >= SimdLevel::avx2 ? BlurRowsAvx2 : sse2 ? BlurRowsSse2 : BlurRowsScalar;
     const BlurStripFn vertical = level >= SimdLevel::avx2 ? BlurStripAvx2 : sse2 ? BlurStripSse2 : BlurStripScalar;
     // One pair per row: the horizontal pass would change nothing.

@@ -39,8 +39,10 @@ void BlurRowsScalar(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 // when `fwd` holds 4 * v.pairs lanes per two rows; bit-exact with
 // BlurRowsScalar.
 void BlurRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
-// Four rows per instruction, eight rows at once when `fwd` holds 16 * v.pairs
-// lanes (otherwise the SSE2 pass); bit-exact with BlurRowsScalar.
+// Eight rows per register, four pairs of them loaded and transposed at a
+// time; sixteen rows at once when `fwd` holds 16 * v.pairs lanes, eight when
+// it holds 8 * v.pairs (otherwise the SSE2 pass); bit-exact with
+// BlurRowsScalar.
 void BlurRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 
 // The vertical pass over one strip of `lanes` byte columns (a multiple of 4)
@@ -51,10 +53,12 @@ using BlurStripFn = void (*)(const uint8_t* src, uint8_t* dst, ptrdiff_t step, i
                              int32_t* up);
 void BlurStripScalar(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
                      int32_t* up);
-// Eight columns per instruction; bit-exact with BlurStripScalar.
+// Sixteen columns at a time, using (rows + 1) * lanes bytes of `up` for any
+// `lanes` (multiple of 4); bit-exact with BlurStripScalar.
 void BlurStripSse2(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
                    int32_t* up);
-// Sixteen columns per instruction; bit-exact with BlurStripScalar.
+// 32 columns at a time, using (rows + 1) * lanes bytes of `up` for any
+// `lanes`; bit-exact with BlurStripScalar.
 void BlurStripAvx2(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
                    int32_t* up);
 

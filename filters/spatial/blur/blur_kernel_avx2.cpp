@@ -1,10 +1,7 @@
 // Blur's passes with AVX2: the horizontal one four rows per instruction, one
-// pixel pair of each, two such recursions interleaved; the vertical one
-// sixteen byte columns of a strip per instruction, the rows swept as in the
-// scalar version, columns left over past the last sixteen going to the SSE2
-// pass (columns are independent).
-// The step is the SSE2 one in 256-bit registers; its unpacks and packs work
-// within each 128-bit half, so the columns come back in order. Helpers are
+// pixel pair of each, two such recursions interleaved; the vertical one 32
+// byte columns of a strip at a time, the rows swept as in the scalar version,
+// columns left over past the last 32 going to the SSE2 pass. Helpers are
 // forced inline: 256-bit values are never passed to a call (misaligned
 // stack spills on some Windows toolchains).
 #include <cstring>
@@ -21,122 +18,240 @@
 namespace zvf::filters {
 namespace {
 
-ZVF_INLINE __m256i Bytes(const uint8_t* p) {
-    return _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
-}
-
 ZVF_INLINE __m256i Words(const uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
 
 ZVF_INLINE void PutWords(uint8_t* p, const __m256i& v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
 
-ZVF_INLINE void PutBytes(uint8_t* p, const __m256i& v) {
-    const __m128i bytes = _mm_packus_epi16(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), bytes);
-}
-
-// x + ((a (p - x) + 16384) >> 15), a (p - x) as one multiply-add of (d, d)
-// with (a - 16384, 16384); see the SSE2 pass.
-ZVF_INLINE __m256i Step(const __m256i& x, const __m256i& p, const __m256i& weights, const __m256i& round) {
-    const __m256i d = _mm256_sub_epi16(p, x);
-    __m256i lo = _mm256_madd_epi16(_mm256_unpacklo_epi16(d, d), weights);
-    __m256i hi = _mm256_madd_epi16(_mm256_unpackhi_epi16(d, d), weights);
-    lo = _mm256_srai_epi32(_mm256_add_epi32(lo, round), 15);
-    hi = _mm256_srai_epi32(_mm256_add_epi32(hi, round), 15);
-    return _mm256_adds_epi16(x, _mm256_packs_epi32(lo, hi));
-}
-
-// One pair of each of four rows in 16-bit lanes, row k in the k-th quarter.
-ZVF_INLINE __m256i FourPairs(const uint8_t* const (&s)[4], int32_t at) {
-    int32_t w[4];
-    for (int k = 0; k < 4; ++k) std::memcpy(&w[k], s[k] + at, 4);
-    const __m128i lo = _mm_unpacklo_epi32(_mm_cvtsi32_si128(w[0]), _mm_cvtsi32_si128(w[1]));
-    const __m128i hi = _mm_unpacklo_epi32(_mm_cvtsi32_si128(w[2]), _mm_cvtsi32_si128(w[3]));
-    return _mm256_cvtepu8_epi16(_mm_unpacklo_epi64(lo, hi));
-}
-
-// Up to 8 rows at once, as two independent recursions of four rows each.
-// Rows s[k] into d[k] (null: a repeated row whose results are not wanted).
-// The forward results, 16 bits per lane, take 64 bytes per pair. At each
-// pair every row is read before any is written, so repeated rows and
-// src == dst are safe.
-ZVF_INLINE void EightRows(const __m256i& weights, const __m256i& round, const uint8_t* const (&s)[2][4],
-               uint8_t* const (&d)[2][4], int32_t pairs, uint8_t* fwd) {
-    __m256i p0 = FourPairs(s[0], 0), p1 = FourPairs(s[1], 0);
-    for (int32_t i = 0; i < pairs; ++i) {
-        p0 = Step(FourPairs(s[0], 4 * i), p0, weights, round);
-        p1 = Step(FourPairs(s[1], 4 * i), p1, weights, round);
-        PutWords(fwd + 64 * i, p0);
-        PutWords(fwd + 64 * i + 32, p1);
+// x + ((a (p - x) + 16384) >> 15) (see the SSE2 pass); the rounded high half
+// of the product is exactly what mulhrs gives, for a in 0..32767.
+struct Step {
+    explicit Step(int32_t a) : weight(_mm256_set1_epi16(static_cast<int16_t>(a))) {}
+    ZVF_INLINE __m256i operator()(const __m256i& x, const __m256i& p) const {
+        return _mm256_add_epi16(x, _mm256_mulhrs_epi16(_mm256_sub_epi16(p, x), weight));
     }
-    const int32_t last = 4 * (pairs - 1);
-    p0 = FourPairs(s[0], last);
-    p1 = FourPairs(s[1], last);
-    for (int32_t i = pairs - 1; i >= 0; --i) {
-        p0 = Step(FourPairs(s[0], 4 * i), p0, weights, round);
-        p1 = Step(FourPairs(s[1], 4 * i), p1, weights, round);
-        const __m256i o0 = _mm256_srli_epi16(_mm256_add_epi16(Words(fwd + 64 * i), p0), 1);
-        const __m256i o1 = _mm256_srli_epi16(_mm256_add_epi16(Words(fwd + 64 * i + 32), p1), 1);
-        // Bytes of rows 0-3 of the first recursion, then of the second.
-        const __m128i b0 = _mm_packus_epi16(_mm256_castsi256_si128(o0), _mm256_extracti128_si256(o0, 1));
-        const __m128i b1 = _mm_packus_epi16(_mm256_castsi256_si128(o1), _mm256_extracti128_si256(o1, 1));
-        int32_t w[2][4];
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(w[0]), b0);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(w[1]), b1);
-        for (int g = 0; g < 2; ++g)
-            for (int k = 0; k < 4; ++k)
-                if (d[g][k] != nullptr) std::memcpy(d[g][k] + 4 * i, &w[g][k], 4);
+    __m256i weight;
+};
+
+// a = 32768 (no radius gives it, a hand-edited set can): the step keeps p.
+struct Keep {
+    explicit Keep(int32_t) {}
+    ZVF_INLINE __m256i operator()(const __m256i&, const __m256i& p) const { return p; }
+};
+
+// 32 byte columns of one row as two sets of 16-bit lanes; the in-lane
+// unpacks and the pack undo each other, so columns come back in order.
+ZVF_INLINE void Load(const uint8_t* p, __m256i& lo, __m256i& hi) {
+    const __m256i bytes = Words(p);
+    lo = _mm256_unpacklo_epi8(bytes, _mm256_setzero_si256());
+    hi = _mm256_unpackhi_epi8(bytes, _mm256_setzero_si256());
+}
+
+ZVF_INLINE void Store(uint8_t* p, const __m256i& lo, const __m256i& hi) { PutWords(p, _mm256_packus_epi16(lo, hi)); }
+
+// The upward sweep climbs the field against the hardware prefetchers'
+// direction; the rows it reaches a few steps later are asked for ahead.
+constexpr int32_t kAhead = 16;
+
+ZVF_INLINE void Prefetch(const uint8_t* row, int32_t bytes) {
+    for (int32_t j = 0; j < bytes; j += 64) _mm_prefetch(reinterpret_cast<const char*>(row + j), _MM_HINT_T0);
+}
+
+// Every column of a strip `whole` bytes wide (a multiple of 32), the rows
+// swept as in the scalar version; the bottom-up values and the top-down state
+// are kept as bytes (every value of the recursion is a whole byte), `whole`
+// per row of `up`, the state after the last row.
+template <class S>
+ZVF_INLINE void Strip(const S& blur, const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t whole,
+                      uint8_t* up) {
+    uint8_t* state = up + static_cast<ptrdiff_t>(rows) * whole;
+    // A step from a sample to itself keeps it.
+    std::memcpy(up + static_cast<ptrdiff_t>(rows - 1) * whole, src + (rows - 1) * step, static_cast<size_t>(whole));
+    for (int32_t k = rows - 2; k >= 0; --k) {
+        const uint8_t* in = src + k * step;
+        uint8_t* here = up + static_cast<ptrdiff_t>(k) * whole;
+        const uint8_t* below = here + whole;
+        if (k >= kAhead) Prefetch(in - kAhead * step, whole);
+        for (int32_t j = 0; j < whole; j += 32) {
+            __m256i xl, xh, pl, ph;
+            Load(in + j, xl, xh);
+            Load(below + j, pl, ph);
+            Store(here + j, blur(xl, pl), blur(xh, ph));
+        }
+    }
+    std::memcpy(state, src, static_cast<size_t>(whole));
+    const __m256i one = _mm256_set1_epi8(1);
+    for (int32_t k = 0; k < rows; ++k) {
+        const uint8_t* in = src + k * step;
+        uint8_t* out = dst + k * step;
+        const uint8_t* here = up + static_cast<ptrdiff_t>(k) * whole;
+        for (int32_t j = 0; j < whole; j += 32) {
+            __m256i xl, xh, pl, ph;
+            Load(in + j, xl, xh);
+            Load(state + j, pl, ph);
+            const __m256i z = _mm256_packus_epi16(blur(xl, pl), blur(xh, ph));
+            PutWords(state + j, z);
+            // The floored average of bytes: the rounded one less the odd bit.
+            const __m256i u = Words(here + j);
+            PutWords(out + j, _mm256_sub_epi8(_mm256_avg_epu8(u, z), _mm256_and_si256(_mm256_xor_si256(u, z), one)));
+        }
+    }
+}
+
+ZVF_INLINE int32_t Word(const uint8_t* p) {
+    int32_t w;
+    std::memcpy(&w, p, 4);
+    return w;
+}
+
+// The horizontal pass keeps eight rows in one register as bytes: the pair of
+// rows 0-3 in the low half, of rows 4-7 in the high half. Unpacking with zero
+// gives the 16-bit lanes of rows 0, 1, 4, 5 and of rows 2, 3, 6, 7, two
+// independent recursions; packing them returns the same order.
+
+// One pair of each of eight rows.
+ZVF_INLINE __m256i OnePair(const uint8_t* const (&s)[8], int32_t at) {
+    return _mm256_setr_epi32(Word(s[0] + at), Word(s[1] + at), Word(s[2] + at), Word(s[3] + at), Word(s[4] + at),
+                             Word(s[5] + at), Word(s[6] + at), Word(s[7] + at));
+}
+
+ZVF_INLINE void PutOnePair(uint8_t* const (&d)[8], int32_t at, const __m256i& v) {
+    alignas(32) int32_t w[8];
+    _mm256_store_si256(reinterpret_cast<__m256i*>(w), v);
+    for (int k = 0; k < 8; ++k)
+        if (d[k] != nullptr) std::memcpy(d[k] + at, &w[k], 4);
+}
+
+// A 4 x 4 transpose of 32-bit pairs within each half: four pairs of four rows
+// become the four rows' values of each pair, and back.
+ZVF_INLINE void Transpose(__m256i& v0, __m256i& v1, __m256i& v2, __m256i& v3) {
+    const __m256i t0 = _mm256_unpacklo_epi32(v0, v1), t1 = _mm256_unpackhi_epi32(v0, v1);
+    const __m256i t2 = _mm256_unpacklo_epi32(v2, v3), t3 = _mm256_unpackhi_epi32(v2, v3);
+    v0 = _mm256_unpacklo_epi64(t0, t2);
+    v1 = _mm256_unpackhi_epi64(t0, t2);
+    v2 = _mm256_unpacklo_epi64(t1, t3);
+    v3 = _mm256_unpackhi_epi64(t1, t3);
+}
+
+// Pairs at..at+3 of eight rows, one register per pair.
+ZVF_INLINE void FourPairs(const uint8_t* const (&s)[8], int32_t at, __m256i (&q)[4]) {
+    for (int k = 0; k < 4; ++k)
+        q[k] = _mm256_inserti128_si256(
+            _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s[k] + at))),
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(s[k + 4] + at)), 1);
+    Transpose(q[0], q[1], q[2], q[3]);
+}
+
+ZVF_INLINE void PutFourPairs(uint8_t* const (&d)[8], int32_t at, __m256i (&q)[4]) {
+    Transpose(q[0], q[1], q[2], q[3]);
+    for (int k = 0; k < 4; ++k) {
+        if (d[k] != nullptr) _mm_storeu_si128(reinterpret_cast<__m128i*>(d[k] + at), _mm256_castsi256_si128(q[k]));
+        if (d[k + 4] != nullptr)
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(d[k + 4] + at), _mm256_extracti128_si256(q[k], 1));
+    }
+}
+
+// The recursion of eight rows in 16-bit lanes, as two halves.
+struct Rows8 {
+    __m256i lo, hi;
+};
+
+ZVF_INLINE void Begin(Rows8& p, const __m256i& bytes) {
+    p.lo = _mm256_unpacklo_epi8(bytes, _mm256_setzero_si256());
+    p.hi = _mm256_unpackhi_epi8(bytes, _mm256_setzero_si256());
+}
+
+// One step of eight rows; the new state as bytes.
+template <class S>
+ZVF_INLINE __m256i Advance(const S& blur, Rows8& p, const __m256i& bytes) {
+    p.lo = blur(_mm256_unpacklo_epi8(bytes, _mm256_setzero_si256()), p.lo);
+    p.hi = blur(_mm256_unpackhi_epi8(bytes, _mm256_setzero_si256()), p.hi);
+    return _mm256_packus_epi16(p.lo, p.hi);
+}
+
+// The floored average of bytes: the rounded one less the odd bit.
+ZVF_INLINE __m256i FloorAverage(const __m256i& u, const __m256i& z) {
+    return _mm256_sub_epi8(_mm256_avg_epu8(u, z), _mm256_and_si256(_mm256_xor_si256(u, z), _mm256_set1_epi8(1)));
+}
+
+// G groups of eight rows at once, G independent recursions in flight. Rows
+// s[g][k] into d[g][k] (null: a repeated row whose results are not wanted).
+// Four pairs at a time through the transpose, the pairs past the last four
+// one at a time. The forward results, bytes, take 32 * G bytes per pair.
+// Every row's pairs are read before the same pairs are written, so repeated
+// rows and src == dst are safe.
+template <int G, class S>
+ZVF_INLINE void RowGroups(const S& blur, const uint8_t* const (&s)[G][8], uint8_t* const (&d)[G][8], int32_t pairs,
+                          uint8_t* fwd) {
+    const int32_t whole = pairs & ~3;
+    Rows8 p[G];
+    for (int g = 0; g < G; ++g) Begin(p[g], OnePair(s[g], 0));
+    for (int32_t i = 0; i < whole; i += 4) {
+        for (int g = 0; g < G; ++g) {
+            __m256i q[4];
+            FourPairs(s[g], 4 * i, q);
+            for (int t = 0; t < 4; ++t) PutWords(fwd + 32 * (G * (i + t) + g), Advance(blur, p[g], q[t]));
+        }
+    }
+    for (int32_t i = whole; i < pairs; ++i)
+        for (int g = 0; g < G; ++g) PutWords(fwd + 32 * (G * i + g), Advance(blur, p[g], OnePair(s[g], 4 * i)));
+
+    for (int g = 0; g < G; ++g) Begin(p[g], OnePair(s[g], 4 * (pairs - 1)));
+    for (int32_t i = pairs - 1; i >= whole; --i)
+        for (int g = 0; g < G; ++g) {
+            const __m256i z = Advance(blur, p[g], OnePair(s[g], 4 * i));
+            PutOnePair(d[g], 4 * i, FloorAverage(Words(fwd + 32 * (G * i + g)), z));
+        }
+    for (int32_t i = whole - 4; i >= 0; i -= 4) {
+        for (int g = 0; g < G; ++g) {
+            __m256i q[4];
+            FourPairs(s[g], 4 * i, q);
+            for (int t = 3; t >= 0; --t)
+                q[t] = FloorAverage(Words(fwd + 32 * (G * (i + t) + g)), Advance(blur, p[g], q[t]));
+            PutFourPairs(d[g], 4 * i, q);
+        }
+    }
+}
+
+template <class S>
+void Rows(const FieldView& v, const S& blur, int32_t groups, uint8_t* fwd) {
+    if (groups >= 2) {
+        ForEachRowGroup<2, 8>(v, [&](const auto& s, const auto& d) { RowGroups<2>(blur, s, d, v.pairs, fwd); });
+    } else {
+        ForEachRowGroup<1, 8>(v, [&](const auto& s, const auto& d) { RowGroups<1>(blur, s, d, v.pairs, fwd); });
     }
 }
 
 }  // namespace
 
 void BlurRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
-    // 64 bytes of forward results per pair: 16 lanes.
-    if (fwd.size() < 16 * static_cast<size_t>(v.pairs) || v.rows < 5) {
+    // 32 bytes of forward results per pair and group of eight rows: 8 lanes.
+    // Two groups where the field and the scratch have room for them.
+    const size_t room = fwd.size() / (8 * static_cast<size_t>(v.pairs));
+    if (room < 1 || v.rows < 5) {
         BlurRowsSse2(v, a, fwd);
         return;
     }
-    const __m256i weights = _mm256_set1_epi32(static_cast<int32_t>((16384u << 16) | static_cast<uint16_t>(a - 16384)));
-    const __m256i round = _mm256_set1_epi32(16384);
-    auto* words = reinterpret_cast<uint8_t*>(fwd.data());
-    ForEachRowGroup<2, 4>(v, [&](const auto& s, const auto& d) { EightRows(weights, round, s, d, v.pairs, words); });
+    const int32_t groups = room >= 2 && v.rows > 8 ? 2 : 1;
+    auto* bytes = reinterpret_cast<uint8_t*>(fwd.data());
+    if (a > 32767) {
+        Rows(v, Keep(a), groups, bytes);
+    } else {
+        Rows(v, Step(a), groups, bytes);
+    }
 }
 
 void BlurStripAvx2(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
                    int32_t* up) {
-    const int32_t whole = lanes & ~15;
+    const int32_t whole = lanes & ~31;
     if (whole > 0) {
-        const __m256i weights =
-            _mm256_set1_epi32(static_cast<int32_t>((16384u << 16) | static_cast<uint16_t>(a - 16384)));
-        const __m256i round = _mm256_set1_epi32(16384);
-        // 16-bit values, two bytes per column.
-        auto* words = reinterpret_cast<uint8_t*>(up);
-        const ptrdiff_t rowWords = ptrdiff_t{2} * whole;
-
-        const uint8_t* bottom = src + (rows - 1) * step;
-        uint8_t* last = words + (rows - 1) * rowWords;
-        for (int32_t j = 0; j < whole; j += 16) PutWords(last + 2 * j, Bytes(bottom + j));
-        for (int32_t k = rows - 2; k >= 0; --k) {
-            const uint8_t* in = src + k * step;
-            uint8_t* here = words + k * rowWords;
-            const uint8_t* below = here + rowWords;
-            for (int32_t j = 0; j < whole; j += 16)
-                PutWords(here + 2 * j, Step(Bytes(in + j), Words(below + 2 * j), weights, round));
-        }
-
-        alignas(32) uint8_t state[2 * 4 * kStripPairs];
-        for (int32_t j = 0; j < whole; j += 16) PutWords(state + 2 * j, Bytes(src + j));
-        for (int32_t k = 0; k < rows; ++k) {
-            const uint8_t* in = src + k * step;
-            uint8_t* out = dst + k * step;
-            const uint8_t* here = words + k * rowWords;
-            for (int32_t j = 0; j < whole; j += 16) {
-                const __m256i z = Step(Bytes(in + j), Words(state + 2 * j), weights, round);
-                PutWords(state + 2 * j, z);
-                PutBytes(out + j, _mm256_srli_epi16(_mm256_add_epi16(Words(here + 2 * j), z), 1));
-            }
+        auto* bytes = reinterpret_cast<uint8_t*>(up);
+        if (a > 32767) {
+            Strip(Keep(a), src, dst, step, rows, whole, bytes);
+        } else {
+            Strip(Step(a), src, dst, step, rows, whole, bytes);
         }
     }
+    // The columns past the last 32, in a strip of their own (columns are independent).
     if (whole < lanes) BlurStripSse2(src + whole, dst + whole, step, rows, lanes - whole, a, up);
 }
 

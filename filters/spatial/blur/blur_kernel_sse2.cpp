@@ -1,7 +1,7 @@
 // Blur's passes with SSE2: the horizontal one two rows per instruction, one
-// pixel pair of each, with up to four such recursions interleaved; the vertical one eight byte columns of a
-// strip per instruction, the rows swept as in the scalar version. Bit-exact
-// with the scalar passes.
+// pixel pair of each, with up to four such recursions interleaved; the
+// vertical one sixteen byte columns of a strip at a time, the rows swept as
+// in the scalar version. Bit-exact with the scalar passes.
 #include <cstring>
 
 #include "blur_kernel.h"
@@ -14,74 +14,126 @@
 namespace zvf::filters {
 namespace {
 
-// Loads and stores of N = 8 or 4 columns: bytes widened to 16-bit lanes, and
-// the 16-bit recursion values this version keeps in the scratch buffer.
-template <int N>
-struct Columns;
-
-template <>
-struct Columns<8> {
-    static __m128i Bytes(const uint8_t* p) {
-        return _mm_unpacklo_epi8(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)), _mm_setzero_si128());
-    }
-    static void PutBytes(uint8_t* p, __m128i v) {
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(v, v));
-    }
-    static __m128i Words(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
-    static void PutWords(uint8_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
-};
-
-template <>
-struct Columns<4> {
-    static __m128i Bytes(const uint8_t* p) {
-        int32_t word;
-        std::memcpy(&word, p, 4);
-        return _mm_unpacklo_epi8(_mm_cvtsi32_si128(word), _mm_setzero_si128());
-    }
-    static void PutBytes(uint8_t* p, __m128i v) {
-        const int32_t word = _mm_cvtsi128_si32(_mm_packus_epi16(v, v));
-        std::memcpy(p, &word, 4);
-    }
-    static __m128i Words(const uint8_t* p) { return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)); }
-    static void PutWords(uint8_t* p, __m128i v) { _mm_storel_epi64(reinterpret_cast<__m128i*>(p), v); }
-};
-
 // The scalar step's numerator (32768 - a) x + a p + 16384 is 32768 x plus
 // a (p - x) + 16384, and 32768 x passes the shift whole, so the step is
-// x + ((a (p - x) + 16384) >> 15). a (p - x) comes from one multiply-add of
-// (d, d) with (a - 16384, 16384), both halves fitting 16 bits for every
-// a in 0..32768. x and p are whole bytes, so nothing saturates.
+// x + ((a (p - x) + 16384) >> 15). With x and p whole bytes, d = p - x times
+// 64 fits 16 bits, and the high half of (64 d) a is floor(d a / 1024); the
+// rounding add and the shift are both multiples of 1024, so adding 16 and
+// shifting by 5 finishes the same rounding exactly. Used for a in 0..32767.
 struct Step {
-    explicit Step(int32_t a)
-        : weights(_mm_set1_epi32(static_cast<int32_t>((16384u << 16) | static_cast<uint16_t>(a - 16384)))),
-          round(_mm_set1_epi32(16384)) {}
+    explicit Step(int32_t a) : weight(_mm_set1_epi16(static_cast<int16_t>(a))), round(_mm_set1_epi16(16)) {}
     __m128i operator()(__m128i x, __m128i p) const {
-        const __m128i d = _mm_sub_epi16(p, x);
-        __m128i lo = _mm_madd_epi16(_mm_unpacklo_epi16(d, d), weights);
-        __m128i hi = _mm_madd_epi16(_mm_unpackhi_epi16(d, d), weights);
-        lo = _mm_srai_epi32(_mm_add_epi32(lo, round), 15);
-        hi = _mm_srai_epi32(_mm_add_epi32(hi, round), 15);
-        return _mm_adds_epi16(x, _mm_packs_epi32(lo, hi));
+        const __m128i d = _mm_slli_epi16(_mm_sub_epi16(p, x), 6);
+        return _mm_add_epi16(x, _mm_srai_epi16(_mm_add_epi16(_mm_mulhi_epi16(d, weight), round), 5));
     }
-    __m128i weights;
+    __m128i weight;
     __m128i round;
 };
 
+// a = 32768 (no radius gives it, a hand-edited set can): the step keeps p.
+struct Keep {
+    explicit Keep(int32_t) {}
+    __m128i operator()(__m128i, __m128i p) const { return p; }
+};
+
+// N = 16, 8 or 4 byte columns of one row, widened to 16-bit lanes (the
+// second half only for 16), and back to bytes in the same order.
 template <int N>
-void Bottom(const uint8_t* in, uint8_t* up) {
-    Columns<N>::PutWords(up, Columns<N>::Bytes(in));  // a step from the sample to itself keeps it
+struct Columns {
+    static void Load(const uint8_t* p, __m128i& lo, __m128i& hi) {
+        __m128i bytes;
+        if constexpr (N == 16) {
+            bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        } else if constexpr (N == 8) {
+            bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+        } else {
+            int32_t word;
+            std::memcpy(&word, p, 4);
+            bytes = _mm_cvtsi32_si128(word);
+        }
+        lo = _mm_unpacklo_epi8(bytes, _mm_setzero_si128());
+        hi = _mm_unpackhi_epi8(bytes, _mm_setzero_si128());
+    }
+    static void Store(uint8_t* p, __m128i lo, __m128i hi) {
+        const __m128i bytes = _mm_packus_epi16(lo, hi);
+        if constexpr (N == 16) {
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(p), bytes);
+        } else if constexpr (N == 8) {
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(p), bytes);
+        } else {
+            const int32_t word = _mm_cvtsi128_si32(bytes);
+            std::memcpy(p, &word, 4);
+        }
+    }
+};
+
+// The bottom-up step of N columns: here = step(in, below), all bytes.
+template <int N, class S>
+void Up(const S& blur, const uint8_t* in, const uint8_t* below, uint8_t* here) {
+    __m128i xl, xh, pl, ph;
+    Columns<N>::Load(in, xl, xh);
+    Columns<N>::Load(below, pl, ph);
+    Columns<N>::Store(here, blur(xl, pl), N == 16 ? blur(xh, ph) : xh);
 }
 
-template <int N>
-void Up(const Step& step, const uint8_t* in, const uint8_t* below, uint8_t* here) {
-    Columns<N>::PutWords(here, step(Columns<N>::Bytes(in), Columns<N>::Words(below)));
+// The top-down step of N columns: the state moves on and the output is the
+// floored average with the bottom-up value.
+template <int N, class S>
+void Down(const S& blur, const uint8_t* in, uint8_t* state, const uint8_t* up, uint8_t* out) {
+    __m128i xl, xh, pl, ph, ul, uh;
+    Columns<N>::Load(in, xl, xh);
+    Columns<N>::Load(state, pl, ph);
+    Columns<N>::Load(up, ul, uh);
+    const __m128i zl = blur(xl, pl);
+    const __m128i zh = N == 16 ? blur(xh, ph) : xh;
+    Columns<N>::Store(state, zl, zh);
+    Columns<N>::Store(out, _mm_srli_epi16(_mm_add_epi16(ul, zl), 1), _mm_srli_epi16(_mm_add_epi16(uh, zh), 1));
 }
 
-template <int N>
-void Down(const Step& step, const uint8_t* in, uint8_t* out, const uint8_t* up, uint8_t* state) {
-    const __m128i z = step(Columns<N>::Bytes(in), Columns<N>::Words(state));
-    Columns<N>::PutWords(state, z);
-    Columns<N>::PutBytes(out, _mm_srli_epi16(_mm_add_epi16(Columns<N>::Words(up), z), 1));
+// The upward sweep climbs the field against the hardware prefetchers'
+// direction; the rows it reaches a few steps later are asked for ahead.
+constexpr int32_t kAhead = 16;
+
+void Prefetch(const uint8_t* row, int32_t bytes) {
+    for (int32_t j = 0; j < bytes; j += 64) _mm_prefetch(reinterpret_cast<const char*>(row + j), _MM_HINT_T0);
+}
+
+// Every column of a strip, the rows swept as in the scalar version; the
+// bottom-up values and the top-down state are kept as bytes (every value of
+// the recursion is a whole byte), `lanes` per row.
+template <class S>
+void Strip(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, uint8_t* up) {
+    const S blur(a);
+    const int32_t by16 = lanes & ~15;
+    uint8_t* state = up + static_cast<ptrdiff_t>(rows) * lanes;
+    // A step from a sample to itself keeps it.
+    std::memcpy(up + static_cast<ptrdiff_t>(rows - 1) * lanes, src + (rows - 1) * step, static_cast<size_t>(lanes));
+    for (int32_t k = rows - 2; k >= 0; --k) {
+        const uint8_t* in = src + k * step;
+        uint8_t* here = up + static_cast<ptrdiff_t>(k) * lanes;
+        const uint8_t* below = here + lanes;
+        if (k >= kAhead) Prefetch(in - kAhead * step, lanes);
+        int32_t j = 0;
+        for (; j < by16; j += 16) Up<16>(blur, in + j, below + j, here + j);
+        if (lanes - j >= 8) {
+            Up<8>(blur, in + j, below + j, here + j);
+            j += 8;
+        }
+        if (j < lanes) Up<4>(blur, in + j, below + j, here + j);
+    }
+    std::memcpy(state, src, static_cast<size_t>(lanes));
+    for (int32_t k = 0; k < rows; ++k) {
+        const uint8_t* in = src + k * step;
+        uint8_t* out = dst + k * step;
+        const uint8_t* here = up + static_cast<ptrdiff_t>(k) * lanes;
+        int32_t j = 0;
+        for (; j < by16; j += 16) Down<16>(blur, in + j, state + j, here + j, out + j);
+        if (lanes - j >= 8) {
+            Down<8>(blur, in + j, state + j, here + j, out + j);
+            j += 8;
+        }
+        if (j < lanes) Down<4>(blur, in + j, state + j, here + j, out + j);
+    }
 }
 
 // One pair of each of two rows in 16-bit lanes: row 0 low, row 1 high.
@@ -97,8 +149,8 @@ __m128i TwoPairs(const uint8_t* row0, const uint8_t* row1) {
 // (null: a repeated row whose results are not wanted). The forward results,
 // 16 bits per lane, take 16 * C bytes per pair. At each pair every row is
 // read before any is written, so repeated rows and src == dst are safe.
-template <int C>
-void RowGroup(const Step& blur, const uint8_t* const (&s)[2 * C], uint8_t* const (&d)[2 * C], int32_t pairs,
+template <int C, class S>
+void RowGroup(const S& blur, const uint8_t* const (&s)[2 * C], uint8_t* const (&d)[2 * C], int32_t pairs,
               uint8_t* fwd) {
     __m128i p[C];
     for (int c = 0; c < C; ++c) p[c] = TwoPairs(s[2 * c], s[2 * c + 1]);
@@ -128,15 +180,14 @@ void RowGroup(const Step& blur, const uint8_t* const (&s)[2 * C], uint8_t* const
 }
 
 // Every row of the field in groups of 2 * C.
-template <int C>
-void RowsInGroups(const FieldView& v, const Step& blur, uint8_t* fwd) {
+template <int C, class S>
+void RowsInGroups(const FieldView& v, const S& blur, uint8_t* fwd) {
     ForEachRowGroup<1, 2 * C>(v, [&](const auto& s, const auto& d) { RowGroup<C>(blur, s[0], d[0], v.pairs, fwd); });
 }
 
-}  // namespace
-
-void BlurRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
-    const Step blur(a);
+template <class S>
+void Rows(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
+    const S blur(a);
     auto* words = reinterpret_cast<uint8_t*>(fwd.data());
     // Four recursions in flight where the scratch holds their results.
     const size_t groups = fwd.size() / (4 * static_cast<size_t>(v.pairs));
@@ -149,36 +200,23 @@ void BlurRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
     }
 }
 
+}  // namespace
+
+void BlurRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
+    if (a > 32767) {
+        Rows<Keep>(v, a, fwd);
+    } else {
+        Rows<Step>(v, a, fwd);
+    }
+}
+
 void BlurStripSse2(const uint8_t* src, uint8_t* dst, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a,
                    int32_t* up) {
-    const Step blur(a);
-    // 16-bit values, two bytes per column: half of what the scratch holds.
-    auto* words = reinterpret_cast<uint8_t*>(up);
-    const ptrdiff_t rowWords = ptrdiff_t{2} * lanes;
-    const int32_t whole = lanes & ~7;
-
-    const uint8_t* bottom = src + (rows - 1) * step;
-    uint8_t* last = words + (rows - 1) * rowWords;
-    int32_t j = 0;
-    for (; j < whole; j += 8) Bottom<8>(bottom + j, last + 2 * j);
-    if (j < lanes) Bottom<4>(bottom + j, last + 2 * j);
-    for (int32_t k = rows - 2; k >= 0; --k) {
-        const uint8_t* in = src + k * step;
-        uint8_t* here = words + k * rowWords;
-        const uint8_t* below = here + rowWords;
-        for (j = 0; j < whole; j += 8) Up<8>(blur, in + j, below + 2 * j, here + 2 * j);
-        if (j < lanes) Up<4>(blur, in + j, below + 2 * j, here + 2 * j);
-    }
-
-    alignas(16) uint8_t state[2 * 4 * kStripPairs];
-    for (j = 0; j < whole; j += 8) Bottom<8>(src + j, state + 2 * j);
-    if (j < lanes) Bottom<4>(src + j, state + 2 * j);
-    for (int32_t k = 0; k < rows; ++k) {
-        const uint8_t* in = src + k * step;
-        uint8_t* out = dst + k * step;
-        const uint8_t* here = words + k * rowWords;
-        for (j = 0; j < whole; j += 8) Down<8>(blur, in + j, out + j, here + 2 * j, state + 2 * j);
-        if (j < lanes) Down<4>(blur, in + j, out + j, here + 2 * j, state + 2 * j);
+    auto* bytes = reinterpret_cast<uint8_t*>(up);
+    if (a > 32767) {
+        Strip<Keep>(src, dst, step, rows, lanes, a, bytes);
+    } else {
+        Strip<Step>(src, dst, step, rows, lanes, a, bytes);
     }
 }
 

@@ -27,14 +27,25 @@ size_t MinScratchEntries(int32_t rows, int32_t pairs) {
 
 size_t FullScratchEntries(int32_t rows, int32_t pairs) {
     if (rows <= 0 || pairs <= 0) return 0;
-    const size_t strip = static_cast<size_t>(std::min(pairs, kStripPairs));
-    return std::max(static_cast<size_t>(pairs), static_cast<size_t>(rows) * strip);
+    const size_t strip = static_cast<size_t>(std::min(pairs, std::max(kStripPairs, kWideStripPairs)));
+    const size_t simd = (static_cast<size_t>(std::min(pairs, kSimdStripPairs)) * (static_cast<size_t>(rows) + 1) + 3) / 4;
+    return std::max({static_cast<size_t>(pairs), static_cast<size_t>(rows) * strip, simd});
 }
 
-int32_t StripPairs(size_t entries, int32_t rows, int32_t pairs) {
+int32_t StripPairs(size_t entries, int32_t rows, int32_t pairs, int32_t widest) {
     if (rows <= 0 || pairs <= 0 || entries < MinScratchEntries(rows, pairs)) return 0;
     const size_t fit = entries / static_cast<size_t>(rows);
-    return static_cast<int32_t>(std::min<size_t>(fit, static_cast<size_t>(std::min(pairs, kStripPairs))));
+    return static_cast<int32_t>(std::min<size_t>(fit, static_cast<size_t>(std::min(pairs, widest))));
+}
+
+int32_t SimdStripPairs(size_t entries, int32_t rows, int32_t pairs) {
+    if (rows <= 0 || pairs <= 0 || entries < MinScratchEntries(rows, pairs)) return 0;
+    // 16 bytes per entry, 4 bytes per pair and row.
+    const size_t fit = 4 * entries / (static_cast<size_t>(rows) + 1);
+    if (fit >= static_cast<size_t>(std::min(pairs, kSimdStripPairs))) return std::min(pairs, kSimdStripPairs);
+    // Narrower than the field: whole multiples of 8 pairs (32 bytes) where
+    // possible, so no strip leaves a remainder for narrower instructions.
+    return static_cast<int32_t>(fit >= 8 ? fit & ~size_t{7} : fit);
 }
 
 bool FieldScratch::Prepare(int32_t lineLength) {

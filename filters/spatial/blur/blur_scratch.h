@@ -14,16 +14,29 @@ namespace zvf::filters {
 // time, keeping one recursion state per column: 64 bytes of each row, one
 // cache line, instead of walking a column down the frame.
 constexpr int32_t kStripPairs = 16;
+// The SIMD versions keep bytes rather than 32-bit lanes and sweep wider
+// strips: 512 bytes of each row, which the hardware prefetchers follow, while
+// a strip's state for a 2160-line frame (about half a megabyte) stays in the
+// second-level cache.
+constexpr int32_t kSimdStripPairs = 128;
+// Smooth Blur's SIMD versions sweep strips of this many pairs: 512 bytes of
+// scratch per row for the SSE2 one's 32-bit accumulators, 256 for the AVX2
+// one's 16-bit states.
+constexpr int32_t kWideStripPairs = 32;
 constexpr size_t kLanes = 4;
 
 // Fewest entries a field of rows x pairs can be filtered with (the strip is
 // then one pair wide).
 size_t MinScratchEntries(int32_t rows, int32_t pairs);
-// Entries for full-width strips.
+// Pair columns per vertical strip of the SIMD passes, which keep one byte per
+// sample of the strip plus one row of state, (rows + 1) * 4 * strip bytes;
+// 0 when fewer than MinScratchEntries.
+int32_t SimdStripPairs(size_t entries, int32_t rows, int32_t pairs);
+// Entries for full-width strips at every level.
 size_t FullScratchEntries(int32_t rows, int32_t pairs);
-// Pair columns per vertical strip that `entries` allow; 0 when fewer than
-// MinScratchEntries.
-int32_t StripPairs(size_t entries, int32_t rows, int32_t pairs);
+// Pair columns per vertical strip, at most `widest`, that `entries` allow
+// with one entry per pair and row; 0 when fewer than MinScratchEntries.
+int32_t StripPairs(size_t entries, int32_t rows, int32_t pairs, int32_t widest = kStripPairs);
 
 class FieldScratch {
 public:

@@ -65,9 +65,9 @@ void SmoothStripScalar(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lane
 
 bool SmoothBlurField(const FieldView& v, int32_t a, std::span<int32_t> scratch, SimdLevel level) {
     if (v.rows <= 0 || v.pairs <= 0) return true;
-    const int32_t strip = StripPairs(scratch.size() / kLanes, v.rows, v.pairs);
-    if (strip == 0) return false;
     const bool sse2 = level >= SimdLevel::sse2;
+    const int32_t strip = StripPairs(scratch.size() / kLanes, v.rows, v.pairs, sse2 ? kWideStripPairs : kStripPairs);
+    if (strip == 0) return false;
     (level >= SimdLevel::avx2 ? SmoothRowsAvx2 : sse2 ? SmoothRowsSse2 : SmoothRowsScalar)(v, a, scratch);
     const SmoothStripFn vertical =
         level >= SimdLevel::avx2 ? SmoothStripAvx2 : sse2 ? SmoothStripSse2 : SmoothStripScalar;

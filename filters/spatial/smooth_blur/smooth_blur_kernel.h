@@ -50,8 +50,9 @@ void SmoothRowsScalar(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 // One pixel pair per instruction, of two rows at once when `fwd` holds
 // 8 * v.pairs lanes; bit-exact with SmoothRowsScalar.
 void SmoothRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
-// Four rows per instruction, eight rows at once when `fwd` holds 32 * v.pairs
-// lanes (otherwise the SSE2 pass); bit-exact with SmoothRowsScalar.
+// Eight rows per register, sixteen rows at once when `fwd` holds 64 * v.pairs
+// lanes, eight when it holds 32 * v.pairs (otherwise the SSE2 pass);
+// bit-exact with SmoothRowsScalar.
 void SmoothRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 
 // The vertical pass over one strip of `lanes` byte columns (a multiple of 4)
@@ -60,9 +61,11 @@ void SmoothRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 // top-down one that writes the outputs.
 using SmoothStripFn = void (*)(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
 void SmoothStripScalar(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
-// Eight columns per instruction; bit-exact with SmoothStripScalar.
+// Eight columns per instruction, for strips of up to kWideStripPairs pairs;
+// bit-exact with SmoothStripScalar.
 void SmoothStripSse2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
-// Sixteen columns per instruction; bit-exact with SmoothStripScalar.
+// 32 columns at a time, for strips of up to kWideStripPairs pairs; bit-exact
+// with SmoothStripScalar.
 void SmoothStripAvx2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
 
 }  // namespace zvf::filters

@@ -1,11 +1,9 @@
-// Smooth Blur's passes with AVX2: the horizontal one four rows per
-// instruction, one pixel pair of each, two such recursions interleaved; the
-// vertical one sixteen byte columns of a strip per instruction, the rows
-// swept as in the scalar version, columns left over past the last sixteen
-// going to the SSE2 pass (columns are independent). The vertical pass's
-// per-row accumulators are kept in the order the 128-bit halves produce
-// them, the same for both sweeps. Helpers are forced inline: 256-bit values
-// are never passed to a call (misaligned stack spills on some Windows
+// Smooth Blur's passes with AVX2: the horizontal one a pixel pair of eight
+// rows per register, four pairs of them loaded and transposed at a time, two
+// groups of eight rows in flight; the vertical one 32 byte columns of a strip
+// at a time, the rows swept as in the scalar version, columns left over past
+// the last 32 going to the SSE2 pass. Helpers are forced inline: 256-bit
+// values are never passed to a call (misaligned stack spills on some Windows
 // toolchains).
 #include <cstring>
 
@@ -21,123 +19,261 @@
 namespace zvf::filters {
 namespace {
 
-// (x - 128) * 256 of sixteen columns: x << 8 with its top bit flipped.
-ZVF_INLINE __m256i Centred(const uint8_t* p) {
-    const __m256i x = _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p)));
-    return _mm256_xor_si256(_mm256_slli_epi16(x, 8), _mm256_set1_epi16(static_cast<int16_t>(0x8000)));
-}
-
 ZVF_INLINE __m256i Load(const void* p) { return _mm256_loadu_si256(static_cast<const __m256i*>(p)); }
 ZVF_INLINE void Store(void* p, const __m256i& v) { _mm256_storeu_si256(static_cast<__m256i*>(p), v); }
 
-// One pair of each of four rows, centred, in 16-bit lanes: row k in the
-// k-th quarter.
-ZVF_INLINE __m256i FourCentredPairs(const uint8_t* const (&s)[4], int32_t at) {
-    int32_t w[4];
-    for (int k = 0; k < 4; ++k) std::memcpy(&w[k], s[k] + at, 4);
-    const __m128i lo = _mm_unpacklo_epi32(_mm_cvtsi32_si128(w[0]), _mm_cvtsi32_si128(w[1]));
-    const __m128i hi = _mm_unpacklo_epi32(_mm_cvtsi32_si128(w[2]), _mm_cvtsi32_si128(w[3]));
-    const __m256i x = _mm256_cvtepu8_epi16(_mm_unpacklo_epi64(lo, hi));
-    return _mm256_xor_si256(_mm256_slli_epi16(x, 8), _mm256_set1_epi16(static_cast<int16_t>(0x8000)));
+// Bytes x as the centred (x - 128) * 256: the byte x ^ 0x80 is x - 128 as a
+// signed byte, and unpacking it above a zero byte multiplies by 256. Two sets
+// of 16-bit lanes from the two in-lane unpacks.
+ZVF_INLINE void Centred(const __m256i& bytes, __m256i& lo, __m256i& hi) {
+    const __m256i flipped = _mm256_xor_si256(bytes, _mm256_set1_epi8(static_cast<char>(0x80)));
+    lo = _mm256_unpacklo_epi8(_mm256_setzero_si256(), flipped);
+    hi = _mm256_unpackhi_epi8(_mm256_setzero_si256(), flipped);
 }
 
-// Up to 8 rows at once, as two independent recursions of four rows each.
-// Rows s[g][k] into d[g][k] (null: a repeated row whose results are not
-// wanted). The accumulators take 128 bytes per pair, in the order the
-// 128-bit halves produce them. At each pair every row is read before any is
-// written, so repeated rows and src == dst are safe.
-ZVF_INLINE void EightRows(const __m256i& weights, const uint8_t* const (&s)[2][4], uint8_t* const (&d)[2][4],
+// (32768 - a) x' + a p of sixteen 16-bit lanes as two multiply-adds of
+// interleaved (x', p), and the next states from them.
+ZVF_INLINE void Accumulate(const __m256i& weights, const __m256i& x, const __m256i& p, __m256i& lo, __m256i& hi) {
+    lo = _mm256_madd_epi16(_mm256_unpacklo_epi16(x, p), weights);
+    hi = _mm256_madd_epi16(_mm256_unpackhi_epi16(x, p), weights);
+}
+
+ZVF_INLINE __m256i NextStates(const __m256i& lo, const __m256i& hi) {
+    return _mm256_packs_epi32(_mm256_srai_epi32(lo, 15), _mm256_srai_epi32(hi, 15));
+}
+
+// Output bytes of 32 columns from the accumulators of both directions, four
+// sets of eight in the order the unpacks made them. |G + F| stays within
+// 2^31, so (G + F) >> 16 never saturates and the output is ((G + F) >> 24) +
+// 128, a signed byte with its top bit flipped; the packs restore the column
+// order of the unpacks.
+ZVF_INLINE __m256i Output(const __m256i (&g)[4], const __m256i (&f)[4]) {
+    __m256i v[4];
+    for (int k = 0; k < 4; ++k) v[k] = _mm256_srai_epi32(_mm256_add_epi32(g[k], f[k]), 24);
+    const __m256i bytes = _mm256_packs_epi16(_mm256_packs_epi32(v[0], v[1]), _mm256_packs_epi32(v[2], v[3]));
+    return _mm256_xor_si256(bytes, _mm256_set1_epi8(static_cast<char>(0x80)));
+}
+
+// One step of 32 columns (or of a pair of eight rows) held as bytes, with the
+// states as two sets of 16-bit lanes: the accumulators into acc, the states
+// moved on.
+ZVF_INLINE __m256i Output(const __m256i (&g)[4], const int32_t* f) {
+    const __m256i stored[4] = {Load(f), Load(f + 8), Load(f + 16), Load(f + 24)};
+    return Output(g, stored);
+}
+
+ZVF_INLINE void Advance(const __m256i& weights, const __m256i& bytes, __m256i& plo, __m256i& phi, __m256i (&acc)[4]) {
+    __m256i xlo, xhi;
+    Centred(bytes, xlo, xhi);
+    Accumulate(weights, xlo, plo, acc[0], acc[1]);
+    Accumulate(weights, xhi, phi, acc[2], acc[3]);
+    plo = NextStates(acc[0], acc[1]);
+    phi = NextStates(acc[2], acc[3]);
+}
+
+ZVF_INLINE void Begin(const __m256i& bytes, __m256i& plo, __m256i& phi) { Centred(bytes, plo, phi); }
+
+ZVF_INLINE int32_t Word(const uint8_t* p) {
+    int32_t w;
+    std::memcpy(&w, p, 4);
+    return w;
+}
+
+// The horizontal pass keeps a pair of eight rows in one register as bytes,
+// rows 0-3 in the low half and 4-7 in the high half (see Blur's AVX2 pass).
+ZVF_INLINE __m256i OnePair(const uint8_t* const (&s)[8], int32_t at) {
+    return _mm256_setr_epi32(Word(s[0] + at), Word(s[1] + at), Word(s[2] + at), Word(s[3] + at), Word(s[4] + at),
+                             Word(s[5] + at), Word(s[6] + at), Word(s[7] + at));
+}
+
+ZVF_INLINE void PutOnePair(uint8_t* const (&d)[8], int32_t at, const __m256i& v) {
+    alignas(32) int32_t w[8];
+    _mm256_store_si256(reinterpret_cast<__m256i*>(w), v);
+    for (int k = 0; k < 8; ++k)
+        if (d[k] != nullptr) std::memcpy(d[k] + at, &w[k], 4);
+}
+
+// A 4 x 4 transpose of 32-bit pairs within each half.
+ZVF_INLINE void Transpose(__m256i (&v)[4]) {
+    const __m256i t0 = _mm256_unpacklo_epi32(v[0], v[1]), t1 = _mm256_unpackhi_epi32(v[0], v[1]);
+    const __m256i t2 = _mm256_unpacklo_epi32(v[2], v[3]), t3 = _mm256_unpackhi_epi32(v[2], v[3]);
+    v[0] = _mm256_unpacklo_epi64(t0, t2);
+    v[1] = _mm256_unpackhi_epi64(t0, t2);
+    v[2] = _mm256_unpacklo_epi64(t1, t3);
+    v[3] = _mm256_unpackhi_epi64(t1, t3);
+}
+
+ZVF_INLINE void FourPairs(const uint8_t* const (&s)[8], int32_t at, __m256i (&q)[4]) {
+    for (int k = 0; k < 4; ++k)
+        q[k] = _mm256_inserti128_si256(
+            _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s[k] + at))),
+            _mm_loadu_si128(reinterpret_cast<const __m128i*>(s[k + 4] + at)), 1);
+    Transpose(q);
+}
+
+ZVF_INLINE void PutFourPairs(uint8_t* const (&d)[8], int32_t at, __m256i (&q)[4]) {
+    Transpose(q);
+    for (int k = 0; k < 4; ++k) {
+        if (d[k] != nullptr) _mm_storeu_si128(reinterpret_cast<__m128i*>(d[k] + at), _mm256_castsi256_si128(q[k]));
+        if (d[k + 4] != nullptr)
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(d[k + 4] + at), _mm256_extracti128_si256(q[k], 1));
+    }
+}
+
+// Stores the accumulators of one step.
+ZVF_INLINE void PutAccumulators(int32_t* f, const __m256i (&acc)[4]) {
+    for (int k = 0; k < 4; ++k) Store(f + 8 * k, acc[k]);
+}
+
+// The forward sweep reads sixteen rows side by side, more streams than the
+// hardware prefetchers follow well; each row's line a few ahead is asked for
+// once per line.
+constexpr int32_t kRowAhead = 512;
+
+template <int G>
+ZVF_INLINE void PrefetchRows(const uint8_t* const (&s)[G][8], int32_t at) {
+    for (int g = 0; g < G; ++g)
+        for (int k = 0; k < 8; ++k) _mm_prefetch(reinterpret_cast<const char*>(s[g][k] + at), _MM_HINT_T0);
+}
+
+// G groups of eight rows at once, 2 G recursions in flight. Rows s[g][k] into
+// d[g][k] (null: a repeated row whose results are not wanted). Four pairs at a
+// time through the transpose, the pairs past the last four one at a time. The
+// forward accumulators take 128 * G bytes per pair. Every row's pairs are read
+// before the same pairs are written, so repeated rows and src == dst are safe.
+template <int G>
+ZVF_INLINE void RowGroups(const __m256i& weights, const uint8_t* const (&s)[G][8], uint8_t* const (&d)[G][8],
                           int32_t pairs, int32_t* fwd) {
-    __m256i p[2] = {FourCentredPairs(s[0], 0), FourCentredPairs(s[1], 0)};
-    for (int32_t i = 0; i < pairs; ++i) {
-        for (int g = 0; g < 2; ++g) {
-            const __m256i x = FourCentredPairs(s[g], 4 * i);
-            const __m256i lo = _mm256_madd_epi16(_mm256_unpacklo_epi16(x, p[g]), weights);
-            const __m256i hi = _mm256_madd_epi16(_mm256_unpackhi_epi16(x, p[g]), weights);
-            Store(fwd + 32 * i + 16 * g, lo);
-            Store(fwd + 32 * i + 16 * g + 8, hi);
-            p[g] = _mm256_packs_epi32(_mm256_srai_epi32(lo, 15), _mm256_srai_epi32(hi, 15));
+    const int32_t whole = pairs & ~3;
+    __m256i lo[G], hi[G], acc[4];
+    for (int g = 0; g < G; ++g) Begin(OnePair(s[g], 0), lo[g], hi[g]);
+    for (int32_t i = 0; i < whole; i += 4) {
+        if ((i & 15) == 0 && 4 * i + kRowAhead < 4 * pairs) PrefetchRows(s, 4 * i + kRowAhead);
+        for (int g = 0; g < G; ++g) {
+            __m256i q[4];
+            FourPairs(s[g], 4 * i, q);
+            for (int t = 0; t < 4; ++t) {
+                Advance(weights, q[t], lo[g], hi[g], acc);
+                PutAccumulators(fwd + 32 * (G * (i + t) + g), acc);
+            }
         }
     }
-    const int32_t last = 4 * (pairs - 1);
-    p[0] = FourCentredPairs(s[0], last);
-    p[1] = FourCentredPairs(s[1], last);
-    for (int32_t i = pairs - 1; i >= 0; --i) {
-        int32_t w[2][4];
-        for (int g = 0; g < 2; ++g) {
-            const __m256i x = FourCentredPairs(s[g], 4 * i);
-            const __m256i lo = _mm256_madd_epi16(_mm256_unpacklo_epi16(x, p[g]), weights);
-            const __m256i hi = _mm256_madd_epi16(_mm256_unpackhi_epi16(x, p[g]), weights);
-            p[g] = _mm256_packs_epi32(_mm256_srai_epi32(lo, 15), _mm256_srai_epi32(hi, 15));
-            const int32_t* f = fwd + 32 * i + 16 * g;
-            const __m256i v = _mm256_packs_epi32(_mm256_srai_epi32(_mm256_add_epi32(lo, Load(f)), 16),
-                                                 _mm256_srai_epi32(_mm256_add_epi32(hi, Load(f + 8)), 16));
-            const __m256i o = _mm256_add_epi16(_mm256_srai_epi16(v, 8), _mm256_set1_epi16(128));
-            const __m128i bytes = _mm_packus_epi16(_mm256_castsi256_si128(o), _mm256_extracti128_si256(o, 1));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(w[g]), bytes);
+    for (int32_t i = whole; i < pairs; ++i)
+        for (int g = 0; g < G; ++g) {
+            Advance(weights, OnePair(s[g], 4 * i), lo[g], hi[g], acc);
+            PutAccumulators(fwd + 32 * (G * i + g), acc);
         }
-        for (int g = 0; g < 2; ++g)
-            for (int k = 0; k < 4; ++k)
-                if (d[g][k] != nullptr) std::memcpy(d[g][k] + 4 * i, &w[g][k], 4);
+
+    for (int g = 0; g < G; ++g) Begin(OnePair(s[g], 4 * (pairs - 1)), lo[g], hi[g]);
+    for (int32_t i = pairs - 1; i >= whole; --i)
+        for (int g = 0; g < G; ++g) {
+            Advance(weights, OnePair(s[g], 4 * i), lo[g], hi[g], acc);
+            PutOnePair(d[g], 4 * i, Output(acc, fwd + 32 * (G * i + g)));
+        }
+    for (int32_t i = whole - 4; i >= 0; i -= 4) {
+        for (int g = 0; g < G; ++g) {
+            __m256i q[4];
+            FourPairs(s[g], 4 * i, q);
+            for (int t = 3; t >= 0; --t) {
+                Advance(weights, q[t], lo[g], hi[g], acc);
+                q[t] = Output(acc, fwd + 32 * (G * (i + t) + g));
+            }
+            PutFourPairs(d[g], 4 * i, q);
+        }
+    }
+}
+
+// The upward sweep climbs the field against the hardware prefetchers'
+// direction; the rows it reaches a few steps later are asked for ahead.
+constexpr int32_t kAhead = 16;
+
+ZVF_INLINE void Prefetch(const uint8_t* row, int32_t bytes) {
+    for (int32_t j = 0; j < bytes; j += 64) _mm_prefetch(reinterpret_cast<const char*>(row + j), _MM_HINT_T0);
+}
+
+// Every column of a strip `whole` bytes wide (a multiple of 32), the rows
+// swept as in the scalar version. The upward sweep keeps, per row, the 16-bit
+// state it entered the row with, half the bytes of its accumulator; the
+// downward sweep computes that accumulator again from the row's sample
+// (one more multiply-add per lane) as it forms the output. States are kept in
+// the order the unpacks make them, the same for both sweeps.
+ZVF_INLINE void Strip(const __m256i& weights, uint8_t* base, ptrdiff_t step, int32_t rows, int32_t whole,
+                      int16_t* up, int16_t* state) {
+    __m256i acc[4], back[4];
+    int16_t* last = up + static_cast<ptrdiff_t>(rows - 1) * whole;
+    const uint8_t* bottom = base + (rows - 1) * step;
+    for (int32_t j = 0; j < whole; j += 32) {
+        __m256i lo, hi;
+        Begin(Load(bottom + j), lo, hi);
+        Store(last + j, lo);
+        Store(last + j + 16, hi);
+    }
+    for (int32_t k = rows - 1; k >= 1; --k) {
+        const uint8_t* in = base + k * step;
+        const int16_t* here = up + static_cast<ptrdiff_t>(k) * whole;
+        int16_t* above = up + static_cast<ptrdiff_t>(k - 1) * whole;
+        if (k >= kAhead) Prefetch(in - kAhead * step, whole);
+        for (int32_t j = 0; j < whole; j += 32) {
+            __m256i lo = Load(here + j), hi = Load(here + j + 16);
+            Advance(weights, Load(in + j), lo, hi, acc);
+            Store(above + j, lo);
+            Store(above + j + 16, hi);
+        }
+    }
+    for (int32_t j = 0; j < whole; j += 32) {
+        __m256i lo, hi;
+        Begin(Load(base + j), lo, hi);
+        Store(state + j, lo);
+        Store(state + j + 16, hi);
+    }
+    for (int32_t k = 0; k < rows; ++k) {
+        uint8_t* row = base + k * step;
+        const int16_t* here = up + static_cast<ptrdiff_t>(k) * whole;
+        for (int32_t j = 0; j < whole; j += 32) {
+            __m256i xlo, xhi;
+            Centred(Load(row + j), xlo, xhi);
+            const __m256i lo = Load(state + j), hi = Load(state + j + 16);
+            Accumulate(weights, xlo, lo, acc[0], acc[1]);
+            Accumulate(weights, xhi, hi, acc[2], acc[3]);
+            Store(state + j, NextStates(acc[0], acc[1]));
+            Store(state + j + 16, NextStates(acc[2], acc[3]));
+            Accumulate(weights, xlo, Load(here + j), back[0], back[1]);
+            Accumulate(weights, xhi, Load(here + j + 16), back[2], back[3]);
+            Store(row + j, Output(acc, back));
+        }
     }
 }
 
 }  // namespace
 
 void SmoothRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
-    // 128 bytes of accumulators per pair: 32 lanes. Other weights: see the
-    // SSE2 pass.
-    if (fwd.size() < 32 * static_cast<size_t>(v.pairs) || v.rows < 5 || a < 1 || a > 32767) {
+    // 128 bytes of accumulators per pair and group of eight rows: 32 lanes.
+    // Two groups where the field and the scratch have room for them. Other
+    // weights: see the SSE2 pass.
+    const size_t room = fwd.size() / (32 * static_cast<size_t>(v.pairs));
+    if (room < 1 || v.rows < 5 || a < 1 || a > 32767) {
         SmoothRowsSse2(v, a, fwd);
         return;
     }
     const __m256i weights =
         _mm256_set1_epi32(static_cast<int32_t>((static_cast<uint32_t>(a) << 16) | static_cast<uint16_t>(32768 - a)));
-    ForEachRowGroup<2, 4>(v, [&](const auto& s, const auto& d) { EightRows(weights, s, d, v.pairs, fwd.data()); });
+    if (room >= 2 && v.rows > 8) {
+        ForEachRowGroup<2, 8>(v, [&](const auto& s, const auto& d) { RowGroups<2>(weights, s, d, v.pairs, fwd.data()); });
+    } else {
+        ForEachRowGroup<1, 8>(v, [&](const auto& s, const auto& d) { RowGroups<1>(weights, s, d, v.pairs, fwd.data()); });
+    }
 }
 
 void SmoothStripAvx2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up) {
-    const int32_t whole = (a >= 1 && a <= 32767) ? lanes & ~15 : 0;  // other weights: see the SSE2 pass
+    const int32_t whole = (a >= 1 && a <= 32767) ? lanes & ~31 : 0;  // other weights: see the SSE2 pass
     if (whole > 0) {
         // (32768 - a) x' + a p as multiply-adds of interleaved (x', p).
         const __m256i weights = _mm256_set1_epi32(
             static_cast<int32_t>((static_cast<uint32_t>(a) << 16) | static_cast<uint16_t>(32768 - a)));
-        alignas(32) int16_t state[4 * kStripPairs];
-
-        const uint8_t* bottom = base + (rows - 1) * step;
-        for (int32_t j = 0; j < whole; j += 16) Store(state + j, Centred(bottom + j));
-        for (int32_t k = rows - 1; k >= 0; --k) {
-            const uint8_t* in = base + k * step;
-            int32_t* here = up + static_cast<ptrdiff_t>(k) * whole;
-            for (int32_t j = 0; j < whole; j += 16) {
-                const __m256i x = Centred(in + j), p = Load(state + j);
-                const __m256i lo = _mm256_madd_epi16(_mm256_unpacklo_epi16(x, p), weights);
-                const __m256i hi = _mm256_madd_epi16(_mm256_unpackhi_epi16(x, p), weights);
-                Store(here + j, lo);
-                Store(here + j + 8, hi);
-                Store(state + j, _mm256_packs_epi32(_mm256_srai_epi32(lo, 15), _mm256_srai_epi32(hi, 15)));
-            }
-        }
-
-        for (int32_t j = 0; j < whole; j += 16) Store(state + j, Centred(base + j));
-        for (int32_t k = 0; k < rows; ++k) {
-            uint8_t* row = base + k * step;
-            const int32_t* here = up + static_cast<ptrdiff_t>(k) * whole;
-            for (int32_t j = 0; j < whole; j += 16) {
-                const __m256i x = Centred(row + j), p = Load(state + j);
-                const __m256i lo = _mm256_madd_epi16(_mm256_unpacklo_epi16(x, p), weights);
-                const __m256i hi = _mm256_madd_epi16(_mm256_unpackhi_epi16(x, p), weights);
-                Store(state + j, _mm256_packs_epi32(_mm256_srai_epi32(lo, 15), _mm256_srai_epi32(hi, 15)));
-                // Sums of two accumulators fit 32 bits; >> 16 and saturate,
-                // >> 8 flooring, back to 0..255 around 128.
-                const __m256i v = _mm256_packs_epi32(_mm256_srai_epi32(_mm256_add_epi32(lo, Load(here + j)), 16),
-                                                     _mm256_srai_epi32(_mm256_add_epi32(hi, Load(here + j + 8)), 16));
-                const __m256i o = _mm256_add_epi16(_mm256_srai_epi16(v, 8), _mm256_set1_epi16(128));
-                const __m128i bytes = _mm_packus_epi16(_mm256_castsi256_si128(o), _mm256_extracti128_si256(o, 1));
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(row + j), bytes);
-            }
-        }
+        alignas(32) int16_t state[4 * kWideStripPairs];
+        Strip(weights, base, step, rows, whole, reinterpret_cast<int16_t*>(up), state);
     }
+    // The columns past the last 32, in a strip of their own (columns are independent).
     if (whole < lanes) SmoothStripSse2(base + whole, step, rows, lanes - whole, a, up);
 }
 

@@ -2,6 +2,7 @@
 // two rows per instruction, up to four such recursions interleaved; the vertical one eight byte columns of a strip
 // per instruction, the rows swept as in the scalar version. Bit-exact with
 // the scalar passes.
+#include <algorithm>
 #include <cstring>
 
 #include "smooth_blur_kernel.h"
@@ -109,6 +110,14 @@ void Down(const Accumulate& acc, uint8_t* row, int16_t* state, const int32_t* he
 template <int N>
 void Start(const uint8_t* in, int16_t* state) {
     PutStates<N>(state, Centred<N>(in));
+}
+
+// The upward sweep climbs the field against the hardware prefetchers'
+// direction; the rows it reaches a few steps later are asked for ahead.
+constexpr int32_t kAhead = 16;
+
+void Prefetch(const uint8_t* row, int32_t bytes) {
+    for (int32_t j = 0; j < bytes; j += 64) _mm_prefetch(reinterpret_cast<const char*>(row + j), _MM_HINT_T0);
 }
 
 // One pair of each of two rows, centred: row 0 in the low four 16-bit lanes,
@@ -223,12 +232,15 @@ void SmoothRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
 
 void SmoothStripSse2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up) {
     if (a < 1 || a > 32767) {  // weights a hand-edited set can reach; no radius gives them
-        SmoothStripScalar(base, step, rows, lanes, a, up);
+        // The scalar pass keeps state for kStripPairs pairs; columns are
+        // independent, so a wider strip goes in pieces.
+        for (int32_t c = 0; c < lanes; c += 4 * kStripPairs)
+            SmoothStripScalar(base + c, step, rows, std::min(4 * kStripPairs, lanes - c), a, up);
         return;
     }
     const Accumulate acc(a);
     const int32_t whole = lanes & ~7;
-    alignas(16) int16_t state[4 * kStripPairs];
+    alignas(16) int16_t state[4 * kWideStripPairs];
 
     const uint8_t* bottom = base + (rows - 1) * step;
     int32_t j = 0;
@@ -237,6 +249,7 @@ void SmoothStripSse2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes,
     for (int32_t k = rows - 1; k >= 0; --k) {
         const uint8_t* in = base + k * step;
         int32_t* here = up + static_cast<ptrdiff_t>(k) * lanes;
+        if (k >= kAhead) Prefetch(in - kAhead * step, lanes);
         for (j = 0; j < whole; j += 8) Up<8>(acc, in + j, state + j, here + j);
         if (j < lanes) Up<4>(acc, in + j, state + j, here + j);
     }
