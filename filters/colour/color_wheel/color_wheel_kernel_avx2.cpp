@@ -9,7 +9,7 @@
 #include <immintrin.h>
 
 #include "color_wheel_kernel.h"
-#include "temporal/anti_flicker/row_prefetch.h"
+#include "zvf/row_prefetch.h"
 
 namespace zvf::filters {
 namespace {

@@ -11,7 +11,7 @@
 #include <emmintrin.h>
 
 #include "color_wheel_kernel.h"
-#include "temporal/anti_flicker/row_prefetch.h"
+#include "zvf/row_prefetch.h"
 
 namespace zvf::filters {
 namespace {

@@ -6,7 +6,7 @@
 #include <immintrin.h>
 
 #include "emboss_kernel.h"
-#include "temporal/anti_flicker/row_prefetch.h"
+#include "zvf/row_prefetch.h"
 
 namespace zvf::filters {
 namespace {

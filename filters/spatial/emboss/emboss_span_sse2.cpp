@@ -7,7 +7,7 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 
-#include "temporal/anti_flicker/row_prefetch.h"
+#include "zvf/row_prefetch.h"
 #endif
 
 namespace zvf::filters {

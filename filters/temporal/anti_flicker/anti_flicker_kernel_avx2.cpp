@@ -9,7 +9,7 @@
 #include <immintrin.h>
 
 #include "anti_flicker_kernel.h"
-#include "row_prefetch.h"
+#include "zvf/row_prefetch.h"
 
 namespace zvf::filters {
 namespace {

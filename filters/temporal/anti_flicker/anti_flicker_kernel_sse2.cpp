@@ -9,7 +9,7 @@
 // results lie in 0..255, so nothing saturates. Bit-exact with the scalar
 // rows for weights 0..8192.
 #include "anti_flicker_kernel.h"
-#include "row_prefetch.h"
+#include "zvf/row_prefetch.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>

@@ -9,7 +9,7 @@
 // row gained little.
 #pragma once
 
-namespace zvf::filters {
+namespace zvf {
 
 // A hint only: never faults, whatever the address.
 inline void PrefetchLine(const void* p) {
@@ -30,4 +30,4 @@ inline void PrefetchLineForWrite(void* p) {
 #endif
 }
 
-}  // namespace zvf::filters
+}  // namespace zvf
