@@ -23,13 +23,14 @@ struct LineLanes {
 };
 
 inline LineLanes LineLanesOf(const LineTerms (&terms)[3], bool limited) {
-    const LineTerms lane[4] = {terms[kCurveY], terms[kCurveU], terms[kCurveY], terms[kCurveV]};
+    constexpr Curve kLaneCurve[4] = {kCurveY, kCurveU, kCurveY, kCurveV};
     LineLanes out{0, 0, 0, limited ? 0x10101010u : 0u, limited ? 0xF0EBF0EBu : 0xFFFFFFFFu};
     for (int k = 0; k < 4; ++k) {
+        const LineTerms& t = terms[kLaneCurve[k]];
         const int shift = 16 * k;
-        out.slope |= uint64_t{static_cast<uint16_t>(lane[k].slope)} << shift;
-        out.negative |= uint64_t{lane[k].slope < 0 ? 0xFFFFu : 0u} << shift;
-        out.intercept |= uint64_t{static_cast<uint16_t>(lane[k].intercept)} << shift;
+        out.slope |= uint64_t{static_cast<uint16_t>(t.slope)} << shift;
+        out.negative |= uint64_t{t.slope < 0 ? 0xFFFFu : 0u} << shift;
+        out.intercept |= uint64_t{static_cast<uint16_t>(t.intercept)} << shift;
     }
     return out;
 }
