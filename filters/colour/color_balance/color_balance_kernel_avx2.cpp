@@ -50,20 +50,24 @@ void Process(const FieldView& v, const ColorBalanceParams& p, ColorBalanceKernel
         const uint8_t* s = v.src + r * v.step;
         uint8_t* d = v.dst + r * v.step;
         const ptrdiff_t ahead = NextRowDistance(r, v.rows, v.step);
-        for (int32_t i = 0; i < wide; i += 8) {
-            if ((i & 15) == 0) PrefetchBelow(s + 4 * i, d + 4 * i, ahead);
-            const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 4 * i));
-            __m256i out;
-            if constexpr (kGain) {
-                const __m256i c = _mm256_xor_si256(x, flip);
-                const __m256i lo = _mm256_mulhi_epi16(_mm256_unpacklo_epi8(zero, c), gain);
-                const __m256i hi = _mm256_mulhi_epi16(_mm256_unpackhi_epi8(zero, c), gain);
-                out = _mm256_packus_epi16(_mm256_add_epi16(lo, offset), _mm256_add_epi16(hi, offset));
-            } else {
-                out = _mm256_subs_epu8(_mm256_adds_epu8(x, up), down);
+        for (int32_t i = 0; i < wide;) {
+            // One request per 64 bytes, outside the inner loop.
+            PrefetchBelow(s + 4 * i, d + 4 * i, ahead);
+            const int32_t block = wide - i < 16 ? wide : i + 16;
+            for (; i < block; i += 8) {
+                const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 4 * i));
+                __m256i out;
+                if constexpr (kGain) {
+                    const __m256i c = _mm256_xor_si256(x, flip);
+                    const __m256i lo = _mm256_mulhi_epi16(_mm256_unpacklo_epi8(zero, c), gain);
+                    const __m256i hi = _mm256_mulhi_epi16(_mm256_unpackhi_epi8(zero, c), gain);
+                    out = _mm256_packus_epi16(_mm256_add_epi16(lo, offset), _mm256_add_epi16(hi, offset));
+                } else {
+                    out = _mm256_subs_epu8(_mm256_adds_epu8(x, up), down);
+                }
+                if constexpr (kSafe) out = _mm256_min_epu8(_mm256_max_epu8(out, safeLow), safeHigh);
+                _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 4 * i), out);
             }
-            if constexpr (kSafe) out = _mm256_min_epu8(_mm256_max_epu8(out, safeLow), safeHigh);
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 4 * i), out);
         }
     }
     if (wide < v.pairs) {

@@ -49,20 +49,24 @@ void Process(const FieldView& v, const ColorBalanceParams& p, ColorBalanceKernel
         const uint8_t* s = v.src + r * v.step;
         uint8_t* d = v.dst + r * v.step;
         const ptrdiff_t ahead = NextRowDistance(r, v.rows, v.step);
-        for (int32_t i = 0; i < wide; i += 4) {
-            if ((i & 15) == 0) PrefetchBelow(s + 4 * i, d + 4 * i, ahead);
-            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 4 * i));
-            __m128i out;
-            if constexpr (kGain) {
-                const __m128i c = _mm_xor_si128(x, flip);
-                const __m128i lo = _mm_mulhi_epi16(_mm_unpacklo_epi8(zero, c), gain);
-                const __m128i hi = _mm_mulhi_epi16(_mm_unpackhi_epi8(zero, c), gain);
-                out = _mm_packus_epi16(_mm_add_epi16(lo, offset), _mm_add_epi16(hi, offset));
-            } else {
-                out = _mm_subs_epu8(_mm_adds_epu8(x, up), down);
+        for (int32_t i = 0; i < wide;) {
+            // One request per 64 bytes, outside the inner loop.
+            PrefetchBelow(s + 4 * i, d + 4 * i, ahead);
+            const int32_t block = wide - i < 16 ? wide : i + 16;
+            for (; i < block; i += 4) {
+                const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 4 * i));
+                __m128i out;
+                if constexpr (kGain) {
+                    const __m128i c = _mm_xor_si128(x, flip);
+                    const __m128i lo = _mm_mulhi_epi16(_mm_unpacklo_epi8(zero, c), gain);
+                    const __m128i hi = _mm_mulhi_epi16(_mm_unpackhi_epi8(zero, c), gain);
+                    out = _mm_packus_epi16(_mm_add_epi16(lo, offset), _mm_add_epi16(hi, offset));
+                } else {
+                    out = _mm_subs_epu8(_mm_adds_epu8(x, up), down);
+                }
+                if constexpr (kSafe) out = _mm_min_epu8(_mm_max_epu8(out, safeLow), safeHigh);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 4 * i), out);
             }
-            if constexpr (kSafe) out = _mm_min_epu8(_mm_max_epu8(out, safeLow), safeHigh);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 4 * i), out);
         }
         if (wide < v.pairs) {
             FieldView rest = v;

@@ -20,11 +20,15 @@ void MonotoneAvx2(const FieldView& v, uint8_t u, uint8_t vv) {
         const uint8_t* s = v.src + r * v.step;
         uint8_t* d = v.dst + r * v.step;
         const ptrdiff_t ahead = NextRowDistance(r, v.rows, v.step);
-        for (int32_t i = 0; i < wide; i += 8) {
-            if ((i & 15) == 0) PrefetchBelow(s + 4 * i, d + 4 * i, ahead);
-            const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 4 * i));
-            const __m256i out = _mm256_xor_si256(_mm256_and_si256(x, mask), pattern);
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 4 * i), out);
+        for (int32_t i = 0; i < wide;) {
+            // One request per 64 bytes, outside the inner loop.
+            PrefetchBelow(s + 4 * i, d + 4 * i, ahead);
+            const int32_t block = wide - i < 16 ? wide : i + 16;
+            for (; i < block; i += 8) {
+                const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 4 * i));
+                const __m256i out = _mm256_xor_si256(_mm256_and_si256(x, mask), pattern);
+                _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 4 * i), out);
+            }
         }
     }
     if (wide < v.pairs) {
