@@ -49,6 +49,41 @@ TEST(BlockColorKernel, OddWidthDriftsOneBytePairPerRow) {
     }
 }
 
+// Every width from 2 to 130 pixels (so every length of the row's wide,
+// half and single-word stores), odd and even left edges, both fields, a
+// frame with guard bytes before and after: exactly the pairs of each field
+// row hold the word (row k starting 2k bytes early when the width is odd),
+// every other byte keeps its value.
+TEST(BlockColorKernel, EveryWidthWritesExactlyItsPairsAndNothingElse) {
+    constexpr int32_t kRows = 7;
+    constexpr size_t kGuard = 41;
+    constexpr uint8_t kWord[4] = {0xE1, 0x07, 0xE1, 0x9C};
+    for (int32_t width = 2; width <= 130; ++width)
+        for (int32_t left : {0, 1, 3})
+            for (int32_t odd : {0, 1}) {
+                const int32_t pitch = (left + width + 5) * 2;
+                std::vector<uint8_t> buf(2 * kGuard + static_cast<size_t>(pitch) * kRows);
+                for (size_t i = 0; i < buf.size(); ++i) buf[i] = static_cast<uint8_t>(i * 37 + 11);
+                const std::vector<uint8_t> before = buf;
+                FieldView v;
+                v.dst = buf.data() + kGuard + ptrdiff_t{odd} * pitch + ptrdiff_t{left} * 2;
+                v.step = ptrdiff_t{2} * pitch;
+                v.rows = (kRows - odd + 1) / 2;
+                v.pairs = width / 2;
+                v.width_px = width;
+                v.pitch = pitch;
+                v.left = left;
+                FillField(v, kWord[0], kWord[1], kWord[3]);
+                std::vector<uint8_t> want = before;
+                for (int32_t k = 0; k < v.rows; ++k) {
+                    const size_t start =
+                        kGuard + static_cast<size_t>(odd + 2 * k) * pitch + 2 * left - 2 * k * (width & 1);
+                    for (int32_t b = 0; b < 4 * v.pairs; ++b) want[start + b] = kWord[b % 4];
+                }
+                ASSERT_EQ(buf, want) << "width " << width << " left " << left << " odd " << odd;
+            }
+}
+
 TEST(BlockColorKernel, EvenWidthLeavesTheRestOfTheRowAlone) {
     const std::vector<uint8_t> f = Fill({2, 1, 6, 2}, 1);
     constexpr uint8_t kWord[4] = {1, 2, 1, 3};

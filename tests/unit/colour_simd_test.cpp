@@ -1,7 +1,8 @@
-// SSE2 twins of the Monotone and Color Balance kernels against their scalar
-// versions: every width 2..130 pixels, several start offsets, random and
-// extreme bytes and parameters, guard bytes around each destination, and
-// the in-place case. Byte-for-byte identical or the test fails.
+// SSE2 and AVX2 twins of the Monotone and Color Balance kernels against
+// their scalar versions, at every level this processor has: every width
+// 2..130 pixels, several start offsets, random and extreme bytes and
+// parameters, guard bytes around each destination, and the in-place case.
+// Byte-for-byte identical or the test fails.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -11,6 +12,7 @@
 
 #include "colour/color_balance/color_balance_kernel.h"
 #include "colour/monotone/monotone_kernel.h"
+#include "kit/services.h"
 
 namespace zvf::filters {
 namespace {
@@ -20,6 +22,14 @@ constexpr uint8_t kGuardByte = 0xA5;
 constexpr int32_t kFrameRows = 6;
 
 enum class Bytes { Random, Extreme };
+
+std::vector<SimdLevel> LevelsAboveScalar() {
+    const SimdLevel top = LevelFromFeatures(host::DetectProcessorFeatures());
+    std::vector<SimdLevel> levels;
+    for (SimdLevel l : {SimdLevel::sse2, SimdLevel::avx2})
+        if (l <= top) levels.push_back(l);
+    return levels;
+}
 
 // One frame with guard bytes, a kernel view into it, and the call.
 struct Arena {
@@ -89,18 +99,23 @@ void Compare(const std::string& what, const std::function<void(const FieldView&)
     }
 }
 
-TEST(ColourSimd, MonotoneSse2MatchesScalar) {
+TEST(ColourSimd, MonotoneTwinsMatchScalarAtEveryLevel) {
     const std::pair<uint8_t, uint8_t> chroma[] = {{128, 128}, {0, 255}, {255, 0}, {0, 0}, {255, 255}, {17, 201}};
-    uint32_t seed = 1;
-    for (auto [u, v] : chroma)
-        Compare("monotone " + std::to_string(u) + "/" + std::to_string(v),
-                [u = u, v = v](const FieldView& f) { MonotoneScalar(f, u, v); },
-                [u = u, v = v](const FieldView& f) { MonotoneSse2(f, u, v); }, seed++);
+    for (SimdLevel level : LevelsAboveScalar()) {
+        const MonotoneKernel simd = SelectMonotoneKernel(level);
+        ASSERT_NE(simd, &MonotoneScalar) << SimdLevelName(level);
+        uint32_t seed = 1;
+        for (auto [u, v] : chroma)
+            Compare(std::string("monotone ") + SimdLevelName(level) + " " + std::to_string(u) + "/" + std::to_string(v),
+                    [u = u, v = v](const FieldView& f) { MonotoneScalar(f, u, v); },
+                    [simd, u = u, v = v](const FieldView& f) { simd(f, u, v); }, seed++);
+    }
+    EXPECT_EQ(SelectMonotoneKernel(SimdLevel::avx2), &MonotoneAvx2);
     EXPECT_EQ(SelectMonotoneKernel(SimdLevel::sse2), &MonotoneSse2);
     EXPECT_EQ(SelectMonotoneKernel(SimdLevel::scalar), &MonotoneScalar);
 }
 
-TEST(ColourSimd, ColorBalanceSse2MatchesScalarForEveryVariant) {
+TEST(ColourSimd, ColorBalanceTwinsMatchScalarForEveryVariantAtEveryLevel) {
     std::vector<ColorBalanceRecord> records;
     auto add = [&records](int32_t chroma, int32_t contrast, int32_t u, int32_t v, int32_t y) {
         for (int32_t safe : {0, 1}) {
@@ -118,6 +133,9 @@ TEST(ColourSimd, ColorBalanceSse2MatchesScalarForEveryVariant) {
     add(0, 0, 258, -258, 127);
     add(0, 0, -258, 258, -128);
     add(0, 0, 5000, -5000, 0);  // held to +-1024
+    add(0, 0, 255, -255, 254);  // offsets-only steps at and next to a whole byte
+    add(0, 0, -256, 256, -254);
+    add(0, 0, 1, -1, 0);
     for (int32_t g : {-128, -127, -1, 1, 64, 127}) {
         add(g, -g - 1, 258, -258, -128);
         add(0, g, 3, -7, 11);
@@ -130,18 +148,29 @@ TEST(ColourSimd, ColorBalanceSse2MatchesScalarForEveryVariant) {
         const ColourOffsets o = DeriveOffsets(setting(), setting(), setting(), setting());
         add(setting(), setting(), o.u, o.v, o.y);
     }
-    uint32_t seed = 100;
-    for (const ColorBalanceRecord& r : records) {
-        const ColorBalanceParams p = MakeColorBalanceParams(r);
-        const ColorBalanceKernel scalar = SelectColorBalanceKernel(p, SimdLevel::scalar);
-        const ColorBalanceKernel simd = SelectColorBalanceKernel(p, SimdLevel::sse2);
-        ASSERT_NE(scalar, simd);
-        const std::string what = "chroma " + std::to_string(r.chroma) + " contrast " + std::to_string(r.contrast) +
-                                 " offsets " + std::to_string(r.uOffset) + "," + std::to_string(r.vOffset) + "," +
-                                 std::to_string(r.yOffset) + " safe " + std::to_string(r.safeColor);
-        Compare(
-            what, [&](const FieldView& f) { scalar(f, p); }, [&](const FieldView& f) { simd(f, p); }, seed++);
+    for (SimdLevel level : LevelsAboveScalar()) {
+        uint32_t seed = 100;
+        for (const ColorBalanceRecord& r : records) {
+            const ColorBalanceParams p = MakeColorBalanceParams(r);
+            const ColorBalanceKernel scalar = SelectColorBalanceKernel(p, SimdLevel::scalar);
+            const ColorBalanceKernel simd = SelectColorBalanceKernel(p, level);
+            ASSERT_NE(scalar, simd);
+            const std::string what = std::string(SimdLevelName(level)) + " chroma " + std::to_string(r.chroma) +
+                                     " contrast " + std::to_string(r.contrast) + " offsets " +
+                                     std::to_string(r.uOffset) + "," + std::to_string(r.vOffset) + "," +
+                                     std::to_string(r.yOffset) + " safe " + std::to_string(r.safeColor);
+            Compare(
+                what, [&](const FieldView& f) { scalar(f, p); }, [&](const FieldView& f) { simd(f, p); }, seed++);
+        }
     }
+    // Every variant has its own twin at each level.
+    ColorBalanceParams p;
+    for (bool gain : {false, true})
+        for (bool safe : {false, true}) {
+            p.gain = gain;
+            p.safe = safe;
+            EXPECT_NE(SelectColorBalanceKernel(p, SimdLevel::avx2), SelectColorBalanceKernel(p, SimdLevel::sse2));
+        }
 }
 
 }  // namespace

@@ -1,11 +1,13 @@
-// The SSE2 line kernel against its scalar twin: every width, odd start
-// addresses, random and extreme terms and bytes, guard bytes untouched.
+// The SSE2 and AVX2 line kernels against their scalar twin, at every level
+// this processor has: every width, odd start addresses, random and extreme
+// terms (negative slopes included) and bytes, guard bytes untouched.
 #include <gtest/gtest.h>
 
 #include <random>
 #include <vector>
 
 #include "colour/yuv_curve/yuv_curve_kernel.h"
+#include "kit/services.h"
 
 namespace zvf::filters {
 namespace {
@@ -35,7 +37,15 @@ Buffers Make(int width, int offset, std::mt19937& rng, bool extremes) {
     return b;
 }
 
-TEST(YuvCurveSimd, LineKernelMatchesScalarByteForByte) {
+std::vector<SimdLevel> LevelsAboveScalar() {
+    const SimdLevel top = LevelFromFeatures(host::DetectProcessorFeatures());
+    std::vector<SimdLevel> levels;
+    for (SimdLevel l : {SimdLevel::sse2, SimdLevel::avx2})
+        if (l <= top) levels.push_back(l);
+    return levels;
+}
+
+void CheckLineKernel(SimdLevel level) {
     std::mt19937 rng(2024);
     std::uniform_int_distribution<int> any16(-32768, 32767);
     const int16_t extremeTerms[] = {-32768, -32767, -256, -1, 0, 1, 255, 256, 32767};
@@ -63,9 +73,10 @@ TEST(YuvCurveSimd, LineKernelMatchesScalarByteForByte) {
                     simd.view.src = simd.src.data() + (scalar.view.src - scalar.src.data());
                     simd.view.dst = simd.dst.data() + (scalar.view.dst - scalar.dst.data());
                     RenderCurveLines(scalar.view, terms, limited);
-                    RenderCurveLinesSse2(simd.view, terms, limited);
-                    ASSERT_EQ(simd.dst, scalar.dst) << "trial " << trial << " width " << width << " offset " << offset
-                                                    << " limited " << limited;
+                    const auto twin = level == SimdLevel::avx2 ? RenderCurveLinesAvx2 : RenderCurveLinesSse2;
+                    twin(simd.view, terms, limited);
+                    ASSERT_EQ(simd.dst, scalar.dst) << SimdLevelName(level) << " trial " << trial << " width " << width
+                                                    << " offset " << offset << " limited " << limited;
                     // Guard bytes around each row's pairs stay as they were.
                     size_t touched = 0;
                     for (size_t i = 0; i < scalar.dst.size(); ++i) {
@@ -78,6 +89,10 @@ TEST(YuvCurveSimd, LineKernelMatchesScalarByteForByte) {
                     ASSERT_EQ(touched, 0u) << "width " << width << " offset " << offset;
                 }
     }
+}
+
+TEST(YuvCurveSimd, LineKernelMatchesScalarByteForByteAtEveryLevel) {
+    for (SimdLevel level : LevelsAboveScalar()) CheckLineKernel(level);
 }
 
 }  // namespace

@@ -56,6 +56,10 @@ void ColorBalanceGainSafeScalar(const FieldView& v, const ColorBalanceParams& p)
 
 ColorBalanceKernel SelectColorBalanceKernel(const ColorBalanceParams& p, SimdLevel level) {
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
+    if (level >= SimdLevel::avx2) {
+        if (p.gain) return p.safe ? ColorBalanceGainSafeAvx2 : ColorBalanceGainAvx2;
+        return p.safe ? ColorBalanceOffsetsSafeAvx2 : ColorBalanceOffsetsAvx2;
+    }
     if (level >= SimdLevel::sse2) {
         if (p.gain) return p.safe ? ColorBalanceGainSafeSse2 : ColorBalanceGainSse2;
         return p.safe ? ColorBalanceOffsetsSafeSse2 : ColorBalanceOffsetsSse2;

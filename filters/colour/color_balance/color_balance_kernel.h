@@ -45,6 +45,11 @@ void ColorBalanceOffsetsSse2(const FieldView& v, const ColorBalanceParams& p);
 void ColorBalanceOffsetsSafeSse2(const FieldView& v, const ColorBalanceParams& p);
 void ColorBalanceGainSse2(const FieldView& v, const ColorBalanceParams& p);
 void ColorBalanceGainSafeSse2(const FieldView& v, const ColorBalanceParams& p);
+// AVX2 twins, bit-exact with the scalar variants of the same name; x86 only.
+void ColorBalanceOffsetsAvx2(const FieldView& v, const ColorBalanceParams& p);
+void ColorBalanceOffsetsSafeAvx2(const FieldView& v, const ColorBalanceParams& p);
+void ColorBalanceGainAvx2(const FieldView& v, const ColorBalanceParams& p);
+void ColorBalanceGainSafeAvx2(const FieldView& v, const ColorBalanceParams& p);
 
 // The variant for these parameters at the fastest level allowed.
 ColorBalanceKernel SelectColorBalanceKernel(const ColorBalanceParams& p, SimdLevel level);

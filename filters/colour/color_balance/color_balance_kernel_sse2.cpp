@@ -1,45 +1,72 @@
-// Color Balance's SSE2 kernels: four pairs per step in 16-bit lanes
-// (pmulhw keeps the upper half of the signed product, exactly the scalar
-// arithmetic shift), saturating packs to bytes; the last one to three pairs
-// of a row go through the scalar twin.
+// Color Balance's SSE2 kernels, four pairs per step; the last one to three
+// pairs of a row go through the scalar twin; every 64 bytes the same column
+// of the field's next row is asked for.
+//  - Offsets only: clamp(x + o, 0, 255) is a saturating add of max(o, 0)
+//    followed by a saturating subtract of max(-o, 0), one of them zero per
+//    lane, both held to 255 (a larger step saturates the same way).
+//  - Gain: (x - 128) * 256 is the byte x ^ 0x80 placed in the upper half of
+//    a 16-bit lane; pmulhw keeps the upper half of its signed product with
+//    the gain, exactly the scalar arithmetic shift; then the offset (plus
+//    128) and a saturating pack.
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
 #include <emmintrin.h>
 
+#include "../monotone/row_prefetch.h"
 #include "color_balance_kernel.h"
 
 namespace zvf::filters {
 namespace {
 
 // Lanes Y0 U Y1 V repeated, as 16-bit values.
-inline __m128i PerLane(int32_t y, int32_t u, int32_t v) {
+inline __m128i PerLane16(int32_t y, int32_t u, int32_t v) {
     return _mm_setr_epi16(static_cast<int16_t>(y), static_cast<int16_t>(u), static_cast<int16_t>(y),
                           static_cast<int16_t>(v), static_cast<int16_t>(y), static_cast<int16_t>(u),
                           static_cast<int16_t>(y), static_cast<int16_t>(v));
 }
 
+// Lanes Y0 U Y1 V repeated, as bytes.
+inline __m128i PerLane8(int32_t y, int32_t u, int32_t v) {
+    const uint32_t word = static_cast<uint32_t>(y) | static_cast<uint32_t>(u) << 8 | static_cast<uint32_t>(y) << 16 |
+                          static_cast<uint32_t>(v) << 24;
+    return _mm_set1_epi32(static_cast<int>(word));
+}
+
+inline int32_t Up(int32_t o) { return o > 0 ? (o < 255 ? o : 255) : 0; }
+inline int32_t Down(int32_t o) { return Up(-o); }
+
 template <bool kGain, bool kSafe>
 void Process(const FieldView& v, const ColorBalanceParams& p, ColorBalanceKernel tail) {
     const __m128i zero = _mm_setzero_si128();
-    const __m128i offset = kGain ? PerLane(p.offY + 128, p.offU + 128, p.offV + 128) : PerLane(p.offY, p.offU, p.offV);
-    const __m128i gain = PerLane(p.gainY, p.gainC, p.gainC);
-    const __m128i bias = _mm_set1_epi16(128);
+    const __m128i offset = PerLane16(p.offY + 128, p.offU + 128, p.offV + 128);
+    const __m128i gain = PerLane16(p.gainY, p.gainC, p.gainC);
+    const __m128i flip = _mm_set1_epi8(static_cast<char>(0x80));
+    const __m128i up = PerLane8(Up(p.offY), Up(p.offU), Up(p.offV));
+    const __m128i down = PerLane8(Down(p.offY), Down(p.offU), Down(p.offV));
     const __m128i safeLow = _mm_set1_epi8(16);
     const __m128i safeHigh = _mm_set1_epi32(static_cast<int>(0xF0EBF0EBu));  // 235 240 235 240 per pair
     const int32_t wide = v.pairs & ~3;
     for (int32_t r = 0; r < v.rows; ++r) {
         const uint8_t* s = v.src + r * v.step;
         uint8_t* d = v.dst + r * v.step;
-        for (int32_t i = 0; i < wide; i += 4) {
-            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 4 * i));
-            __m128i lo = _mm_unpacklo_epi8(x, zero);
-            __m128i hi = _mm_unpackhi_epi8(x, zero);
-            if constexpr (kGain) {
-                lo = _mm_mulhi_epi16(_mm_slli_epi16(_mm_sub_epi16(lo, bias), 8), gain);
-                hi = _mm_mulhi_epi16(_mm_slli_epi16(_mm_sub_epi16(hi, bias), 8), gain);
+        const ptrdiff_t ahead = NextRowDistance(r, v.rows, v.step);
+        for (int32_t i = 0; i < wide;) {
+            // One request per 64 bytes, outside the inner loop.
+            PrefetchBelow(s + 4 * i, d + 4 * i, ahead);
+            const int32_t block = wide - i < 16 ? wide : i + 16;
+            for (; i < block; i += 4) {
+                const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 4 * i));
+                __m128i out;
+                if constexpr (kGain) {
+                    const __m128i c = _mm_xor_si128(x, flip);
+                    const __m128i lo = _mm_mulhi_epi16(_mm_unpacklo_epi8(zero, c), gain);
+                    const __m128i hi = _mm_mulhi_epi16(_mm_unpackhi_epi8(zero, c), gain);
+                    out = _mm_packus_epi16(_mm_add_epi16(lo, offset), _mm_add_epi16(hi, offset));
+                } else {
+                    out = _mm_subs_epu8(_mm_adds_epu8(x, up), down);
+                }
+                if constexpr (kSafe) out = _mm_min_epu8(_mm_max_epu8(out, safeLow), safeHigh);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 4 * i), out);
             }
-            __m128i out = _mm_packus_epi16(_mm_add_epi16(lo, offset), _mm_add_epi16(hi, offset));
-            if constexpr (kSafe) out = _mm_min_epu8(_mm_max_epu8(out, safeLow), safeHigh);
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 4 * i), out);
         }
         if (wide < v.pairs) {
             FieldView rest = v;

@@ -22,6 +22,7 @@ void MonotoneScalar(const FieldView& v, uint8_t u, uint8_t vv) {
 
 MonotoneKernel SelectMonotoneKernel(SimdLevel level) {
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
+    if (level >= SimdLevel::avx2) return MonotoneAvx2;
     if (level >= SimdLevel::sse2) return MonotoneSse2;
 #else
     (void)level;

@@ -15,6 +15,8 @@ using MonotoneKernel = void (*)(const FieldView& v, uint8_t u, uint8_t vv);
 void MonotoneScalar(const FieldView& v, uint8_t u, uint8_t vv);
 // Bit-exact with MonotoneScalar; x86 only.
 void MonotoneSse2(const FieldView& v, uint8_t u, uint8_t vv);
+// Bit-exact with MonotoneScalar; x86 only.
+void MonotoneAvx2(const FieldView& v, uint8_t u, uint8_t vv);
 
 // The fastest kernel the level allows; the scalar one at SimdLevel::scalar.
 MonotoneKernel SelectMonotoneKernel(SimdLevel level);

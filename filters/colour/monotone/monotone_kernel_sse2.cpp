@@ -1,10 +1,12 @@
-// Monotone's SSE2 kernel: four pairs per step, then single pairs.
+// Monotone's SSE2 kernel: four pairs per step, then single pairs; every 64
+// bytes the same column of the field's next row is asked for.
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
 #include <emmintrin.h>
 
 #include <cstring>
 
 #include "monotone_kernel.h"
+#include "row_prefetch.h"
 
 namespace zvf::filters {
 
@@ -17,10 +19,17 @@ void MonotoneSse2(const FieldView& v, uint8_t u, uint8_t vv) {
     for (int32_t r = 0; r < v.rows; ++r) {
         const uint8_t* s = v.src + r * v.step;
         uint8_t* d = v.dst + r * v.step;
+        const ptrdiff_t ahead = NextRowDistance(r, v.rows, v.step);
         int32_t i = 0;
-        for (; i < wide; i += 4) {
-            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 4 * i));
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 4 * i), _mm_xor_si128(_mm_and_si128(x, mask), pattern));
+        while (i < wide) {
+            // One request per 64 bytes, outside the inner loop.
+            PrefetchBelow(s + 4 * i, d + 4 * i, ahead);
+            const int32_t block = wide - i < 16 ? wide : i + 16;
+            for (; i < block; i += 4) {
+                const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 4 * i));
+                const __m128i out = _mm_xor_si128(_mm_and_si128(x, mask), pattern);
+                _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 4 * i), out);
+            }
         }
         for (; i < v.pairs; ++i) {
             uint32_t w;

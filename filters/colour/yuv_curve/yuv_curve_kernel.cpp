@@ -78,7 +78,9 @@ void RenderCurve(const FieldView& v, const CurveSnapshot& s, SimdLevel level) {
     }
     const LineTerms terms[3] = {LineTermsOf(s.ends[0][0], s.ends[0][1]), LineTermsOf(s.ends[1][0], s.ends[1][1]),
                                 LineTermsOf(s.ends[2][0], s.ends[2][1])};
-    if (level >= SimdLevel::sse2) {
+    if (level >= SimdLevel::avx2) {
+        RenderCurveLinesAvx2(v, terms, kernel == CurveKernel::LineLimited);
+    } else if (level >= SimdLevel::sse2) {
         RenderCurveLinesSse2(v, terms, kernel == CurveKernel::LineLimited);
     } else {
         RenderCurveLines(v, terms, kernel == CurveKernel::LineLimited);

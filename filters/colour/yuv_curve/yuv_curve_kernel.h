@@ -38,6 +38,8 @@ void RenderCurveTables(const FieldView& v, const uint8_t (&tables)[3][256]);
 void RenderCurveLines(const FieldView& v, const LineTerms (&terms)[3], bool limited);
 // The same bytes with SSE2, bit-exact with RenderCurveLines on every input.
 void RenderCurveLinesSse2(const FieldView& v, const LineTerms (&terms)[3], bool limited);
+// The same bytes with AVX2, bit-exact with RenderCurveLines on every input.
+void RenderCurveLinesAvx2(const FieldView& v, const LineTerms (&terms)[3], bool limited);
 // The kernel ChooseCurveKernel names, at the given instruction-set level.
 void RenderCurve(const FieldView& v, const CurveSnapshot& s, SimdLevel level = SimdLevel::scalar);
 
