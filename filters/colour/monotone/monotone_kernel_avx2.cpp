@@ -7,7 +7,7 @@
 #include <immintrin.h>
 
 #include "monotone_kernel.h"
-#include "row_prefetch.h"
+#include "zvf/row_prefetch.h"
 
 namespace zvf::filters {
 

@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "monotone_kernel.h"
-#include "row_prefetch.h"
+#include "zvf/row_prefetch.h"
 
 namespace zvf::filters {
 

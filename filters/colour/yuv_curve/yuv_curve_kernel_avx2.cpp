@@ -10,7 +10,7 @@
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
 #include <immintrin.h>
 
-#include "../monotone/row_prefetch.h"
+#include "zvf/row_prefetch.h"
 #include "yuv_curve_line_terms.h"
 
 namespace zvf::filters {

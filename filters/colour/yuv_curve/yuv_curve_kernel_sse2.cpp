@@ -6,7 +6,7 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 
-#include "../monotone/row_prefetch.h"
+#include "zvf/row_prefetch.h"
 #include "yuv_curve_line_terms.h"
 #endif
 

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "../../colour/monotone/row_prefetch.h"
+#include "zvf/row_prefetch.h"
 
 namespace zvf::filters {
 

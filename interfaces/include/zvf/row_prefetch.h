@@ -1,17 +1,20 @@
-// Software prefetch of the next row of a field. A field's rows are two
-// pitches apart, so the hardware prefetcher, which follows one address
-// stream, meets every row cold and only catches up after a run of misses;
-// touching one field's rows from memory then costs as much as the whole
-// frame. Kernels therefore ask for the next row's lines while they work on
-// this one: PrefetchLine (and PrefetchLineForWrite for the destination) at
-// the same column of the next row, inside the loop. Spread out like this the
-// requests never pile up; a burst of the whole next row at the start of each
-// row gained little.
+// Software prefetch of a field's next row. A field's rows are two pitches
+// apart, so the hardware prefetcher, which follows one address stream, meets
+// every row cold and only catches up after a run of misses; touching one
+// field's rows from memory then costs as much as the whole frame. Kernels
+// therefore ask for the next row's lines while they work on this one, once
+// per 64-byte line, in the same column: the source to be read and the
+// destination to be written (fetched ready to be owned, so the store does not
+// wait). Spread out like this the requests never pile up; a burst of the
+// whole next row at the start of each row gained little. Hints only: they
+// never fault, whatever the address, and change no byte.
 #pragma once
+
+#include <cstddef>
+#include <cstdint>
 
 namespace zvf {
 
-// A hint only: never faults, whatever the address.
 inline void PrefetchLine(const void* p) {
 #if defined(__GNUC__)
     __builtin_prefetch(p, 0, 3);
@@ -20,8 +23,6 @@ inline void PrefetchLine(const void* p) {
 #endif
 }
 
-// The same for a line about to be written: fetched ready to be owned, so
-// the store does not wait for it.
 inline void PrefetchLineForWrite(void* p) {
 #if defined(__GNUC__)
     __builtin_prefetch(p, 1, 3);
@@ -29,5 +30,22 @@ inline void PrefetchLineForWrite(void* p) {
     (void)p;
 #endif
 }
+
+// Bytes a kernel covers between two requests: one cache line.
+constexpr ptrdiff_t kPrefetchSpan = 64;
+
+// From a row to the field's next row; 0 on the last row, whose own lines
+// are then asked for again (already there, so at no cost) rather than lines
+// past the field.
+inline ptrdiff_t NextRowDistance(int32_t row, int32_t rows, ptrdiff_t step) { return row + 1 < rows ? step : 0; }
+
+// The lines `ahead` bytes past s (to be read) and d (to be written).
+inline void PrefetchBelow(const uint8_t* s, uint8_t* d, ptrdiff_t ahead) {
+    PrefetchLine(s + ahead);
+    PrefetchLineForWrite(d + ahead);
+}
+
+// The same for a row that is only written.
+inline void PrefetchBelowForWrite(uint8_t* d, ptrdiff_t ahead) { PrefetchLineForWrite(d + ahead); }
 
 }  // namespace zvf
