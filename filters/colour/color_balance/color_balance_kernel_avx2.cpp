@@ -45,38 +45,23 @@ void Process(const FieldView& v, const ColorBalanceParams& p, ColorBalanceKernel
     const __m256i down = _mm256_set1_epi32(Pack8(Down(p.offY), Down(p.offU), Down(p.offV)));
     const __m256i safeLow = _mm256_set1_epi8(16);
     const __m256i safeHigh = _mm256_set1_epi32(static_cast<int>(0xF0EBF0EBu));  // 235 240 235 240 per pair
-    const int32_t wide = v.pairs & ~7;
-    for (int32_t r = 0; r < v.rows; ++r) {
-        const uint8_t* s = v.src + r * v.step;
-        uint8_t* d = v.dst + r * v.step;
-        const ptrdiff_t ahead = NextRowDistance(r, v.rows, v.step);
-        for (int32_t i = 0; i < wide;) {
-            // One request per 64 bytes, outside the inner loop.
-            PrefetchBelow(s + 4 * i, d + 4 * i, ahead);
-            const int32_t block = wide - i < 16 ? wide : i + 16;
-            for (; i < block; i += 8) {
-                const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 4 * i));
-                __m256i out;
-                if constexpr (kGain) {
-                    const __m256i c = _mm256_xor_si256(x, flip);
-                    const __m256i lo = _mm256_mulhi_epi16(_mm256_unpacklo_epi8(zero, c), gain);
-                    const __m256i hi = _mm256_mulhi_epi16(_mm256_unpackhi_epi8(zero, c), gain);
-                    out = _mm256_packus_epi16(_mm256_add_epi16(lo, offset), _mm256_add_epi16(hi, offset));
-                } else {
-                    out = _mm256_subs_epu8(_mm256_adds_epu8(x, up), down);
-                }
-                if constexpr (kSafe) out = _mm256_min_epu8(_mm256_max_epu8(out, safeLow), safeHigh);
-                _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 4 * i), out);
+    WalkPairs<8>(
+        v,
+        [&](const uint8_t* s, uint8_t* d) {
+            const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s));
+            __m256i out;
+            if constexpr (kGain) {
+                const __m256i c = _mm256_xor_si256(x, flip);
+                const __m256i lo = _mm256_mulhi_epi16(_mm256_unpacklo_epi8(zero, c), gain);
+                const __m256i hi = _mm256_mulhi_epi16(_mm256_unpackhi_epi8(zero, c), gain);
+                out = _mm256_packus_epi16(_mm256_add_epi16(lo, offset), _mm256_add_epi16(hi, offset));
+            } else {
+                out = _mm256_subs_epu8(_mm256_adds_epu8(x, up), down);
             }
-        }
-    }
-    if (wide < v.pairs) {
-        FieldView rest = v;
-        rest.src = v.src + 4 * wide;
-        rest.dst = v.dst + 4 * wide;
-        rest.pairs = v.pairs - wide;
-        tail(rest, p);
-    }
+            if constexpr (kSafe) out = _mm256_min_epu8(_mm256_max_epu8(out, safeLow), safeHigh);
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), out);
+        },
+        [&](const FieldView& rest) { tail(rest, p); });
 }
 
 }  // namespace

@@ -44,39 +44,23 @@ void Process(const FieldView& v, const ColorBalanceParams& p, ColorBalanceKernel
     const __m128i down = PerLane8(Down(p.offY), Down(p.offU), Down(p.offV));
     const __m128i safeLow = _mm_set1_epi8(16);
     const __m128i safeHigh = _mm_set1_epi32(static_cast<int>(0xF0EBF0EBu));  // 235 240 235 240 per pair
-    const int32_t wide = v.pairs & ~3;
-    for (int32_t r = 0; r < v.rows; ++r) {
-        const uint8_t* s = v.src + r * v.step;
-        uint8_t* d = v.dst + r * v.step;
-        const ptrdiff_t ahead = NextRowDistance(r, v.rows, v.step);
-        for (int32_t i = 0; i < wide;) {
-            // One request per 64 bytes, outside the inner loop.
-            PrefetchBelow(s + 4 * i, d + 4 * i, ahead);
-            const int32_t block = wide - i < 16 ? wide : i + 16;
-            for (; i < block; i += 4) {
-                const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 4 * i));
-                __m128i out;
-                if constexpr (kGain) {
-                    const __m128i c = _mm_xor_si128(x, flip);
-                    const __m128i lo = _mm_mulhi_epi16(_mm_unpacklo_epi8(zero, c), gain);
-                    const __m128i hi = _mm_mulhi_epi16(_mm_unpackhi_epi8(zero, c), gain);
-                    out = _mm_packus_epi16(_mm_add_epi16(lo, offset), _mm_add_epi16(hi, offset));
-                } else {
-                    out = _mm_subs_epu8(_mm_adds_epu8(x, up), down);
-                }
-                if constexpr (kSafe) out = _mm_min_epu8(_mm_max_epu8(out, safeLow), safeHigh);
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 4 * i), out);
+    WalkPairs<4>(
+        v,
+        [&](const uint8_t* s, uint8_t* d) {
+            const __m128i x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+            __m128i out;
+            if constexpr (kGain) {
+                const __m128i c = _mm_xor_si128(x, flip);
+                const __m128i lo = _mm_mulhi_epi16(_mm_unpacklo_epi8(zero, c), gain);
+                const __m128i hi = _mm_mulhi_epi16(_mm_unpackhi_epi8(zero, c), gain);
+                out = _mm_packus_epi16(_mm_add_epi16(lo, offset), _mm_add_epi16(hi, offset));
+            } else {
+                out = _mm_subs_epu8(_mm_adds_epu8(x, up), down);
             }
-        }
-        if (wide < v.pairs) {
-            FieldView rest = v;
-            rest.src = s + 4 * wide;
-            rest.dst = d + 4 * wide;
-            rest.rows = 1;
-            rest.pairs = v.pairs - wide;
-            tail(rest, p);
-        }
-    }
+            if constexpr (kSafe) out = _mm_min_epu8(_mm_max_epu8(out, safeLow), safeHigh);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(d), out);
+        },
+        [&](const FieldView& rest) { tail(rest, p); });
 }
 
 }  // namespace

@@ -23,34 +23,19 @@ void RenderCurveLinesAvx2(const FieldView& v, const LineTerms (&terms)[3], bool 
     const __m256i lo = _mm256_set1_epi32(static_cast<int>(lanes.low));
     const __m256i hi = _mm256_set1_epi32(static_cast<int>(lanes.high));
     const __m256i zero = _mm256_setzero_si256();
-    const int32_t wide = v.pairs & ~7;
-    for (int32_t row = 0; row < v.rows; ++row) {
-        const uint8_t* s = v.src + row * v.step;
-        uint8_t* d = v.dst + row * v.step;
-        const ptrdiff_t ahead = NextRowDistance(row, v.rows, v.step);
-        for (int32_t i = 0; i < wide;) {
-            // One request per 64 bytes, outside the inner loop.
-            PrefetchBelow(s + 4 * i, d + 4 * i, ahead);
-            const int32_t block = wide - i < 16 ? wide : i + 16;
-            for (; i < block; i += 8) {
-                const __m256i in = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 4 * i));
-                const __m256i xa = _mm256_unpacklo_epi8(zero, in);
-                const __m256i xb = _mm256_unpackhi_epi8(zero, in);
-                const __m256i a = _mm256_sub_epi16(_mm256_mulhi_epu16(xa, slope), _mm256_and_si256(xa, negative));
-                const __m256i b = _mm256_sub_epi16(_mm256_mulhi_epu16(xb, slope), _mm256_and_si256(xb, negative));
-                __m256i out = _mm256_packus_epi16(_mm256_adds_epi16(a, intercept), _mm256_adds_epi16(b, intercept));
-                out = _mm256_min_epu8(_mm256_max_epu8(out, lo), hi);
-                _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 4 * i), out);
-            }
-        }
-    }
-    if (wide < v.pairs) {
-        FieldView tail = v;
-        tail.src = v.src + 4 * wide;
-        tail.dst = v.dst + 4 * wide;
-        tail.pairs = v.pairs - wide;
-        RenderCurveLinesSse2(tail, terms, limited);
-    }
+    WalkPairs<8>(
+        v,
+        [&](const uint8_t* s, uint8_t* d) {
+            const __m256i in = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(s));
+            const __m256i xa = _mm256_unpacklo_epi8(zero, in);
+            const __m256i xb = _mm256_unpackhi_epi8(zero, in);
+            const __m256i a = _mm256_sub_epi16(_mm256_mulhi_epu16(xa, slope), _mm256_and_si256(xa, negative));
+            const __m256i b = _mm256_sub_epi16(_mm256_mulhi_epu16(xb, slope), _mm256_and_si256(xb, negative));
+            __m256i out = _mm256_packus_epi16(_mm256_adds_epi16(a, intercept), _mm256_adds_epi16(b, intercept));
+            out = _mm256_min_epu8(_mm256_max_epu8(out, lo), hi);
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d), out);
+        },
+        [&](const FieldView& rest) { RenderCurveLinesSse2(rest, terms, limited); });
 }
 
 }  // namespace zvf::filters

@@ -22,38 +22,21 @@ void RenderCurveLinesSse2(const FieldView& v, const LineTerms (&terms)[3], bool 
     const __m128i lo = _mm_set1_epi32(static_cast<int>(lanes.low));
     const __m128i hi = _mm_set1_epi32(static_cast<int>(lanes.high));
     const __m128i zero = _mm_setzero_si128();
-    const int32_t wide = v.pairs / 4;
-    for (int32_t row = 0; row < v.rows; ++row) {
-        const uint8_t* s = v.src + row * v.step;
-        uint8_t* d = v.dst + row * v.step;
-        const ptrdiff_t ahead = NextRowDistance(row, v.rows, v.step);
-        for (int32_t i = 0; i < wide;) {
-            // One request per 64 bytes, outside the inner loop.
-            PrefetchBelow(s, d, ahead);
-            const int32_t block = wide - i < 4 ? wide : i + 4;
-            for (; i < block; ++i, s += 16, d += 16) {
-                const __m128i in = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
-                // x << 8 in each 16-bit lane; see LineLanes for the product.
-                const __m128i xa = _mm_unpacklo_epi8(zero, in);
-                const __m128i xb = _mm_unpackhi_epi8(zero, in);
-                const __m128i a = _mm_sub_epi16(_mm_mulhi_epu16(xa, slope), _mm_and_si128(xa, negative));
-                const __m128i b = _mm_sub_epi16(_mm_mulhi_epu16(xb, slope), _mm_and_si128(xb, negative));
-                // Saturating add: a sum beyond 16 bits is beyond 0..255 either way.
-                __m128i out = _mm_packus_epi16(_mm_adds_epi16(a, intercept), _mm_adds_epi16(b, intercept));
-                out = _mm_min_epu8(_mm_max_epu8(out, lo), hi);
-                _mm_storeu_si128(reinterpret_cast<__m128i*>(d), out);
-            }
-        }
-    }
-    // The last pairs of every row, up to three.
-    const int32_t rest = v.pairs - 4 * wide;
-    if (rest > 0) {
-        FieldView tail = v;
-        tail.src = v.src + 16 * wide;
-        tail.dst = v.dst + 16 * wide;
-        tail.pairs = rest;
-        RenderCurveLines(tail, terms, limited);
-    }
+    WalkPairs<4>(
+        v,
+        [&](const uint8_t* s, uint8_t* d) {
+            const __m128i in = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+            // x << 8 in each 16-bit lane; see LineLanes for the product.
+            const __m128i xa = _mm_unpacklo_epi8(zero, in);
+            const __m128i xb = _mm_unpackhi_epi8(zero, in);
+            const __m128i a = _mm_sub_epi16(_mm_mulhi_epu16(xa, slope), _mm_and_si128(xa, negative));
+            const __m128i b = _mm_sub_epi16(_mm_mulhi_epu16(xb, slope), _mm_and_si128(xb, negative));
+            // Saturating add: a sum beyond 16 bits is beyond 0..255 either way.
+            __m128i out = _mm_packus_epi16(_mm_adds_epi16(a, intercept), _mm_adds_epi16(b, intercept));
+            out = _mm_min_epu8(_mm_max_epu8(out, lo), hi);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(d), out);
+        },
+        [&](const FieldView& rest) { RenderCurveLines(rest, terms, limited); });
 }
 
 #else

@@ -13,6 +13,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "zvf/field.h"
+
 namespace zvf {
 
 inline void PrefetchLine(const void* p) {
@@ -47,5 +49,36 @@ inline void PrefetchBelow(const uint8_t* s, uint8_t* d, ptrdiff_t ahead) {
 
 // The same for a row that is only written.
 inline void PrefetchBelowForWrite(uint8_t* d, ptrdiff_t ahead) { PrefetchLineForWrite(d + ahead); }
+
+// The walk of a pointwise SIMD kernel: `step(s, d)` on every run of kPairs
+// pairs that fits a row, row after row, the next row's lines asked for once
+// per 64 bytes on the way; then `tail(rest)` once, with the pairs left at the
+// end of every row (fewer than kPairs) as a field of their own, for a
+// narrower twin to finish. Forced inline so the step, a lambda of the
+// caller's instruction set, is compiled into the caller's loop.
+template <int32_t kPairs, class Step, class Tail>
+#if defined(__GNUC__)
+__attribute__((always_inline))
+#endif
+inline void WalkPairs(const FieldView& v, Step&& step, Tail&& tail) {
+    static_assert(kPairs > 0 && 16 % kPairs == 0, "a step covers a whole part of a 64-byte line");
+    const int32_t wide = v.pairs - v.pairs % kPairs;
+    for (int32_t r = 0; r < v.rows; ++r) {
+        const uint8_t* s = v.src + r * v.step;
+        uint8_t* d = v.dst + r * v.step;
+        const ptrdiff_t ahead = NextRowDistance(r, v.rows, v.step);
+        for (int32_t i = 0; i < wide;) {
+            PrefetchBelow(s + 4 * i, d + 4 * i, ahead);
+            const int32_t block = wide - i < 16 ? wide : i + 16;
+            for (; i < block; i += kPairs) step(s + 4 * i, d + 4 * i);
+        }
+    }
+    if (wide == v.pairs) return;
+    FieldView rest = v;
+    rest.src = v.src + 4 * wide;
+    rest.dst = v.dst + 4 * wide;
+    rest.pairs = v.pairs - wide;
+    tail(rest);
+}
 
 }  // namespace zvf
