@@ -10,6 +10,7 @@
 
 #include "kit/services.h"
 #include "temporal/anti_flicker/anti_flicker_kernel.h"
+#include "simd_levels.h"
 
 namespace zvf::filters {
 namespace {
@@ -17,13 +18,7 @@ namespace {
 constexpr size_t kGuard = 32;
 constexpr uint8_t kGuardByte = 0xA5;
 
-std::vector<SimdLevel> LevelsAboveScalar() {
-    const SimdLevel top = LevelFromFeatures(host::DetectProcessorFeatures());
-    std::vector<SimdLevel> levels;
-    for (SimdLevel l : {SimdLevel::sse2, SimdLevel::avx2})
-        if (l <= top) levels.push_back(l);
-    return levels;
-}
+using test::LevelsAboveScalar;
 
 enum class Fill { Random, Zero, Full, Alternating };
 

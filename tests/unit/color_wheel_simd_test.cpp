@@ -11,6 +11,7 @@
 
 #include "colour/color_wheel/color_wheel_kernel.h"
 #include "kit/services.h"
+#include "simd_levels.h"
 
 namespace zvf::filters {
 namespace {
@@ -19,13 +20,7 @@ constexpr size_t kGuard = 37;
 constexpr uint8_t kGuardByte = 0xA5;
 constexpr int32_t kFrameRows = 6;
 
-std::vector<SimdLevel> LevelsAboveScalar() {
-    const SimdLevel top = LevelFromFeatures(host::DetectProcessorFeatures());
-    std::vector<SimdLevel> levels;
-    for (SimdLevel l : {SimdLevel::sse2, SimdLevel::avx2})
-        if (l <= top) levels.push_back(l);
-    return levels;
-}
+using test::LevelsAboveScalar;
 
 struct Arena {
     std::vector<uint8_t> src, dst;

@@ -13,6 +13,7 @@
 #include "colour/color_balance/color_balance_kernel.h"
 #include "colour/monotone/monotone_kernel.h"
 #include "kit/services.h"
+#include "simd_levels.h"
 
 namespace zvf::filters {
 namespace {
@@ -23,13 +24,7 @@ constexpr int32_t kFrameRows = 6;
 
 enum class Bytes { Random, Extreme };
 
-std::vector<SimdLevel> LevelsAboveScalar() {
-    const SimdLevel top = LevelFromFeatures(host::DetectProcessorFeatures());
-    std::vector<SimdLevel> levels;
-    for (SimdLevel l : {SimdLevel::sse2, SimdLevel::avx2})
-        if (l <= top) levels.push_back(l);
-    return levels;
-}
+using test::LevelsAboveScalar;
 
 // One frame with guard bytes, a kernel view into it, and the call.
 struct Arena {

@@ -10,6 +10,7 @@
 
 #include "kit/services.h"
 #include "spatial/mirror/mirror_kernel.h"
+#include "simd_levels.h"
 
 namespace zvf::filters {
 namespace {
@@ -18,13 +19,7 @@ constexpr size_t kGuard = 37;  // odd, so rows start off any alignment
 constexpr uint8_t kGuardByte = 0xA5;
 constexpr int32_t kFrameRows = 7;  // fields of four and three rows
 
-std::vector<SimdLevel> LevelsAboveScalar() {
-    const SimdLevel top = LevelFromFeatures(host::DetectProcessorFeatures());
-    std::vector<SimdLevel> levels;
-    for (SimdLevel l : {SimdLevel::sse2, SimdLevel::avx2})
-        if (l <= top) levels.push_back(l);
-    return levels;
-}
+using test::LevelsAboveScalar;
 
 struct Arena {
     std::vector<uint8_t> src, dst;

@@ -8,6 +8,7 @@
 
 #include "colour/yuv_curve/yuv_curve_kernel.h"
 #include "kit/services.h"
+#include "simd_levels.h"
 
 namespace zvf::filters {
 namespace {
@@ -37,13 +38,7 @@ Buffers Make(int width, int offset, std::mt19937& rng, bool extremes) {
     return b;
 }
 
-std::vector<SimdLevel> LevelsAboveScalar() {
-    const SimdLevel top = LevelFromFeatures(host::DetectProcessorFeatures());
-    std::vector<SimdLevel> levels;
-    for (SimdLevel l : {SimdLevel::sse2, SimdLevel::avx2})
-        if (l <= top) levels.push_back(l);
-    return levels;
-}
+using test::LevelsAboveScalar;
 
 void CheckLineKernel(SimdLevel level) {
     std::mt19937 rng(2024);
