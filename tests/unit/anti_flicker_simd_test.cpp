@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "kit/services.h"
 #include "temporal/anti_flicker/anti_flicker_kernel.h"
 #include "simd_levels.h"
 

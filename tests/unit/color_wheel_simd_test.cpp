@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "colour/color_wheel/color_wheel_kernel.h"
-#include "kit/services.h"
 #include "simd_levels.h"
 
 namespace zvf::filters {

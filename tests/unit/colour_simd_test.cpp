@@ -12,7 +12,6 @@
 
 #include "colour/color_balance/color_balance_kernel.h"
 #include "colour/monotone/monotone_kernel.h"
-#include "kit/services.h"
 #include "simd_levels.h"
 
 namespace zvf::filters {

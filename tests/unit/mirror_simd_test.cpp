@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "kit/services.h"
 #include "spatial/mirror/mirror_kernel.h"
 #include "simd_levels.h"
 

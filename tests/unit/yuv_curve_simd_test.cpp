@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "colour/yuv_curve/yuv_curve_kernel.h"
-#include "kit/services.h"
 #include "simd_levels.h"
 
 namespace zvf::filters {
