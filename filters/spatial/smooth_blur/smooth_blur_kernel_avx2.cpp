@@ -57,11 +57,6 @@ ZVF_INLINE __m256i Output(const __m256i (&g)[4], const __m256i (&f)[4]) {
 // One step of 32 columns (or of a pair of eight rows) held as bytes, with the
 // states as two sets of 16-bit lanes: the accumulators into acc, the states
 // moved on.
-ZVF_INLINE __m256i Output(const __m256i (&g)[4], const int32_t* f) {
-    const __m256i stored[4] = {Load(f), Load(f + 8), Load(f + 16), Load(f + 24)};
-    return Output(g, stored);
-}
-
 ZVF_INLINE void Advance(const __m256i& weights, const __m256i& bytes, __m256i& plo, __m256i& phi, __m256i (&acc)[4]) {
     __m256i xlo, xhi;
     Centred(bytes, xlo, xhi);
@@ -69,6 +64,23 @@ ZVF_INLINE void Advance(const __m256i& weights, const __m256i& bytes, __m256i& p
     Accumulate(weights, xhi, phi, acc[2], acc[3]);
     plo = NextStates(acc[0], acc[1]);
     phi = NextStates(acc[2], acc[3]);
+}
+
+// The backward step of 32 lanes: the states move on from the backward
+// accumulators, and the forward ones are computed again from the same
+// samples and the 16-bit states the forward sweep entered this step with
+// (f: the lanes of lo, then those of hi).
+ZVF_INLINE __m256i BackwardStep(const __m256i& weights, const __m256i& bytes, __m256i& plo, __m256i& phi,
+                                const int16_t* f) {
+    __m256i xlo, xhi, acc[4], fwd[4];
+    Centred(bytes, xlo, xhi);
+    Accumulate(weights, xlo, plo, acc[0], acc[1]);
+    Accumulate(weights, xhi, phi, acc[2], acc[3]);
+    plo = NextStates(acc[0], acc[1]);
+    phi = NextStates(acc[2], acc[3]);
+    Accumulate(weights, xlo, Load(f), fwd[0], fwd[1]);
+    Accumulate(weights, xhi, Load(f + 16), fwd[2], fwd[3]);
+    return Output(acc, fwd);
 }
 
 ZVF_INLINE void Begin(const __m256i& bytes, __m256i& plo, __m256i& phi) { Centred(bytes, plo, phi); }
@@ -120,9 +132,11 @@ ZVF_INLINE void PutFourPairs(uint8_t* const (&d)[8], int32_t at, __m256i (&q)[4]
     }
 }
 
-// Stores the accumulators of one step.
-ZVF_INLINE void PutAccumulators(int32_t* f, const __m256i (&acc)[4]) {
-    for (int k = 0; k < 4; ++k) Store(f + 8 * k, acc[k]);
+// Keeps the states a forward step is entered with, half the bytes of its
+// accumulators.
+ZVF_INLINE void PutStates(int16_t* f, const __m256i& lo, const __m256i& hi) {
+    Store(f, lo);
+    Store(f + 16, hi);
 }
 
 // The forward sweep reads sixteen rows side by side, more streams than the
@@ -139,11 +153,11 @@ ZVF_INLINE void PrefetchRows(const uint8_t* const (&s)[G][8], int32_t at) {
 // G groups of eight rows at once, 2 G recursions in flight. Rows s[g][k] into
 // d[g][k] (null: a repeated row whose results are not wanted). Four pairs at a
 // time through the transpose, the pairs past the last four one at a time. The
-// forward accumulators take 128 * G bytes per pair. Every row's pairs are read
+// forward states take 64 * G bytes per pair. Every row's pairs are read
 // before the same pairs are written, so repeated rows and src == dst are safe.
 template <int G>
 ZVF_INLINE void RowGroups(const __m256i& weights, const uint8_t* const (&s)[G][8], uint8_t* const (&d)[G][8],
-                          int32_t pairs, int32_t* fwd) {
+                          int32_t pairs, int16_t* fwd) {
     const int32_t whole = pairs & ~3;
     __m256i lo[G], hi[G], acc[4];
     for (int g = 0; g < G; ++g) Begin(OnePair(s[g], 0), lo[g], hi[g]);
@@ -153,31 +167,27 @@ ZVF_INLINE void RowGroups(const __m256i& weights, const uint8_t* const (&s)[G][8
             __m256i q[4];
             FourPairs(s[g], 4 * i, q);
             for (int t = 0; t < 4; ++t) {
+                PutStates(fwd + 32 * (G * (i + t) + g), lo[g], hi[g]);
                 Advance(weights, q[t], lo[g], hi[g], acc);
-                PutAccumulators(fwd + 32 * (G * (i + t) + g), acc);
             }
         }
     }
     for (int32_t i = whole; i < pairs; ++i)
         for (int g = 0; g < G; ++g) {
+            PutStates(fwd + 32 * (G * i + g), lo[g], hi[g]);
             Advance(weights, OnePair(s[g], 4 * i), lo[g], hi[g], acc);
-            PutAccumulators(fwd + 32 * (G * i + g), acc);
         }
 
     for (int g = 0; g < G; ++g) Begin(OnePair(s[g], 4 * (pairs - 1)), lo[g], hi[g]);
     for (int32_t i = pairs - 1; i >= whole; --i)
-        for (int g = 0; g < G; ++g) {
-            Advance(weights, OnePair(s[g], 4 * i), lo[g], hi[g], acc);
-            PutOnePair(d[g], 4 * i, Output(acc, fwd + 32 * (G * i + g)));
-        }
+        for (int g = 0; g < G; ++g)
+            PutOnePair(d[g], 4 * i, BackwardStep(weights, OnePair(s[g], 4 * i), lo[g], hi[g], fwd + 32 * (G * i + g)));
     for (int32_t i = whole - 4; i >= 0; i -= 4) {
         for (int g = 0; g < G; ++g) {
             __m256i q[4];
             FourPairs(s[g], 4 * i, q);
-            for (int t = 3; t >= 0; --t) {
-                Advance(weights, q[t], lo[g], hi[g], acc);
-                q[t] = Output(acc, fwd + 32 * (G * (i + t) + g));
-            }
+            for (int t = 3; t >= 0; --t)
+                q[t] = BackwardStep(weights, q[t], lo[g], hi[g], fwd + 32 * (G * (i + t) + g));
             PutFourPairs(d[g], 4 * i, q);
         }
     }
@@ -247,20 +257,21 @@ ZVF_INLINE void Strip(const __m256i& weights, uint8_t* base, ptrdiff_t step, int
 }  // namespace
 
 void SmoothRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
-    // 128 bytes of accumulators per pair and group of eight rows: 32 lanes.
+    // 64 bytes of forward states per pair and group of eight rows: 16 lanes.
     // Two groups where the field and the scratch have room for them. Other
     // weights: see the SSE2 pass.
-    const size_t room = fwd.size() / (32 * static_cast<size_t>(v.pairs));
+    const size_t room = fwd.size() / (16 * static_cast<size_t>(v.pairs));
     if (room < 1 || v.rows < 5 || a < 1 || a > 32767) {
         SmoothRowsSse2(v, a, fwd);
         return;
     }
     const __m256i weights =
         _mm256_set1_epi32(static_cast<int32_t>((static_cast<uint32_t>(a) << 16) | static_cast<uint16_t>(32768 - a)));
+    int16_t* states = reinterpret_cast<int16_t*>(fwd.data());
     if (room >= 2 && v.rows > 8) {
-        ForEachRowGroup<2, 8>(v, [&](const auto& s, const auto& d) { RowGroups<2>(weights, s, d, v.pairs, fwd.data()); });
+        ForEachRowGroup<2, 8>(v, [&](const auto& s, const auto& d) { RowGroups<2>(weights, s, d, v.pairs, states); });
     } else {
-        ForEachRowGroup<1, 8>(v, [&](const auto& s, const auto& d) { RowGroups<1>(weights, s, d, v.pairs, fwd.data()); });
+        ForEachRowGroup<1, 8>(v, [&](const auto& s, const auto& d) { RowGroups<1>(weights, s, d, v.pairs, states); });
     }
 }
 
