@@ -5,6 +5,7 @@
 // the last 32 going to the SSE2 pass. Helpers are forced inline: 256-bit
 // values are never passed to a call (misaligned stack spills on some Windows
 // toolchains).
+#include <algorithm>
 #include <cstring>
 
 #include "smooth_blur_kernel.h"
@@ -201,55 +202,47 @@ ZVF_INLINE void Prefetch(const uint8_t* row, int32_t bytes) {
     for (int32_t j = 0; j < bytes; j += 64) _mm_prefetch(reinterpret_cast<const char*>(row + j), _MM_HINT_T0);
 }
 
-// Every column of a strip `whole` bytes wide (a multiple of 32), the rows
-// swept as in the scalar version. The upward sweep keeps, per row, the 16-bit
-// state it entered the row with, half the bytes of its accumulator; the
-// downward sweep computes that accumulator again from the row's sample
-// (one more multiply-add per lane) as it forms the output. States are kept in
-// the order the unpacks make them, the same for both sweeps.
-ZVF_INLINE void Strip(const __m256i& weights, uint8_t* base, ptrdiff_t step, int32_t rows, int32_t whole,
-                      int16_t* up, int16_t* state) {
-    __m256i acc[4], back[4];
-    int16_t* last = up + static_cast<ptrdiff_t>(rows - 1) * whole;
+// Every column of a strip 32 N bytes wide, the rows swept as in the scalar
+// version. The states of all N steps stay in registers from row to row. The
+// upward sweep keeps, per row, the 16-bit state it entered the row with, half
+// the bytes of its accumulator; the downward sweep computes that accumulator
+// again from the row's sample (one more multiply-add per lane) as it forms
+// the output. States are kept in the order the unpacks make them, the same
+// for both sweeps.
+template <int N>
+ZVF_INLINE void Strip(const __m256i& weights, uint8_t* base, ptrdiff_t step, int32_t rows, int16_t* up) {
+    constexpr int32_t kWidth = 32 * N;
+    __m256i lo[N], hi[N], acc[4], back[4];
     const uint8_t* bottom = base + (rows - 1) * step;
-    for (int32_t j = 0; j < whole; j += 32) {
-        __m256i lo, hi;
-        Begin(Load(bottom + j), lo, hi);
-        Store(last + j, lo);
-        Store(last + j + 16, hi);
-    }
+    for (int n = 0; n < N; ++n) Begin(Load(bottom + 32 * n), lo[n], hi[n]);
     for (int32_t k = rows - 1; k >= 1; --k) {
         const uint8_t* in = base + k * step;
-        const int16_t* here = up + static_cast<ptrdiff_t>(k) * whole;
-        int16_t* above = up + static_cast<ptrdiff_t>(k - 1) * whole;
-        if (k >= kAhead) Prefetch(in - kAhead * step, whole);
-        for (int32_t j = 0; j < whole; j += 32) {
-            __m256i lo = Load(here + j), hi = Load(here + j + 16);
-            Advance(weights, Load(in + j), lo, hi, acc);
-            Store(above + j, lo);
-            Store(above + j + 16, hi);
+        int16_t* here = up + static_cast<ptrdiff_t>(k) * kWidth;
+        if (k >= kAhead) Prefetch(in - kAhead * step, kWidth);
+        for (int n = 0; n < N; ++n) {
+            Store(here + 32 * n, lo[n]);
+            Store(here + 32 * n + 16, hi[n]);
+            Advance(weights, Load(in + 32 * n), lo[n], hi[n], acc);
         }
     }
-    for (int32_t j = 0; j < whole; j += 32) {
-        __m256i lo, hi;
-        Begin(Load(base + j), lo, hi);
-        Store(state + j, lo);
-        Store(state + j + 16, hi);
+    for (int n = 0; n < N; ++n) {
+        Store(up + 32 * n, lo[n]);
+        Store(up + 32 * n + 16, hi[n]);
     }
+    for (int n = 0; n < N; ++n) Begin(Load(base + 32 * n), lo[n], hi[n]);
     for (int32_t k = 0; k < rows; ++k) {
         uint8_t* row = base + k * step;
-        const int16_t* here = up + static_cast<ptrdiff_t>(k) * whole;
-        for (int32_t j = 0; j < whole; j += 32) {
+        const int16_t* here = up + static_cast<ptrdiff_t>(k) * kWidth;
+        for (int n = 0; n < N; ++n) {
             __m256i xlo, xhi;
-            Centred(Load(row + j), xlo, xhi);
-            const __m256i lo = Load(state + j), hi = Load(state + j + 16);
-            Accumulate(weights, xlo, lo, acc[0], acc[1]);
-            Accumulate(weights, xhi, hi, acc[2], acc[3]);
-            Store(state + j, NextStates(acc[0], acc[1]));
-            Store(state + j + 16, NextStates(acc[2], acc[3]));
-            Accumulate(weights, xlo, Load(here + j), back[0], back[1]);
-            Accumulate(weights, xhi, Load(here + j + 16), back[2], back[3]);
-            Store(row + j, Output(acc, back));
+            Centred(Load(row + 32 * n), xlo, xhi);
+            Accumulate(weights, xlo, lo[n], acc[0], acc[1]);
+            Accumulate(weights, xhi, hi[n], acc[2], acc[3]);
+            lo[n] = NextStates(acc[0], acc[1]);
+            hi[n] = NextStates(acc[2], acc[3]);
+            Accumulate(weights, xlo, Load(here + 32 * n), back[0], back[1]);
+            Accumulate(weights, xhi, Load(here + 32 * n + 16), back[2], back[3]);
+            Store(row + 32 * n, Output(acc, back));
         }
     }
 }
@@ -281,8 +274,25 @@ void SmoothStripAvx2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes,
         // (32768 - a) x' + a p as multiply-adds of interleaved (x', p).
         const __m256i weights = _mm256_set1_epi32(
             static_cast<int32_t>((static_cast<uint32_t>(a) << 16) | static_cast<uint16_t>(32768 - a)));
-        alignas(32) int16_t state[4 * kWideStripPairs];
-        Strip(weights, base, step, rows, whole, reinterpret_cast<int16_t*>(up), state);
+        // Up to four steps of 32 columns whose states stay in registers at a time.
+        int16_t* states = reinterpret_cast<int16_t*>(up);
+        for (int32_t c = 0; c < whole; c += 128) {
+            uint8_t* at = base + c;
+            switch (std::min(whole - c, 128) / 32) {
+                case 1:
+                    Strip<1>(weights, at, step, rows, states);
+                    break;
+                case 2:
+                    Strip<2>(weights, at, step, rows, states);
+                    break;
+                case 3:
+                    Strip<3>(weights, at, step, rows, states);
+                    break;
+                default:
+                    Strip<4>(weights, at, step, rows, states);
+                    break;
+            }
+        }
     }
     // The columns past the last 32, in a strip of their own (columns are independent).
     if (whole < lanes) SmoothStripSse2(base + whole, step, rows, lanes - whole, a, up);
