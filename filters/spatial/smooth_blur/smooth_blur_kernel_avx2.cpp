@@ -151,11 +151,16 @@ ZVF_INLINE void PrefetchRows(const uint8_t* const (&s)[G][8], int32_t at) {
         for (int k = 0; k < 8; ++k) _mm_prefetch(reinterpret_cast<const char*>(s[g][k] + at), _MM_HINT_T0);
 }
 
+constexpr int32_t kEntry = 48;
+
 // G groups of eight rows at once, 2 G recursions in flight. Rows s[g][k] into
 // d[g][k] (null: a repeated row whose results are not wanted). Four pairs at a
-// time through the transpose, the pairs past the last four one at a time. The
-// forward states take 64 * G bytes per pair. Every row's pairs are read
-// before the same pairs are written, so repeated rows and src == dst are safe.
+// time through the transpose, the pairs past the last four one at a time.
+// Each pair of a group takes kEntry 16-bit lanes: the 16-bit states the forward
+// step was entered with, then the step's samples as the transpose left them,
+// so that the backward sweep neither reads the rows nor transposes them
+// again. Every row's pairs are read before the same pairs are written, so
+// repeated rows and src == dst are safe.
 template <int G>
 ZVF_INLINE void RowGroups(const __m256i& weights, const uint8_t* const (&s)[G][8], uint8_t* const (&d)[G][8],
                           int32_t pairs, int16_t* fwd) {
@@ -168,27 +173,30 @@ ZVF_INLINE void RowGroups(const __m256i& weights, const uint8_t* const (&s)[G][8
             __m256i q[4];
             FourPairs(s[g], 4 * i, q);
             for (int t = 0; t < 4; ++t) {
-                PutStates(fwd + 32 * (G * (i + t) + g), lo[g], hi[g]);
+                int16_t* e = fwd + kEntry * (G * (i + t) + g);
+                PutStates(e, lo[g], hi[g]);
+                Store(e + 32, q[t]);
                 Advance(weights, q[t], lo[g], hi[g], acc);
             }
         }
     }
     for (int32_t i = whole; i < pairs; ++i)
         for (int g = 0; g < G; ++g) {
-            PutStates(fwd + 32 * (G * i + g), lo[g], hi[g]);
+            PutStates(fwd + kEntry * (G * i + g), lo[g], hi[g]);
             Advance(weights, OnePair(s[g], 4 * i), lo[g], hi[g], acc);
         }
 
     for (int g = 0; g < G; ++g) Begin(OnePair(s[g], 4 * (pairs - 1)), lo[g], hi[g]);
     for (int32_t i = pairs - 1; i >= whole; --i)
         for (int g = 0; g < G; ++g)
-            PutOnePair(d[g], 4 * i, BackwardStep(weights, OnePair(s[g], 4 * i), lo[g], hi[g], fwd + 32 * (G * i + g)));
+            PutOnePair(d[g], 4 * i, BackwardStep(weights, OnePair(s[g], 4 * i), lo[g], hi[g], fwd + kEntry * (G * i + g)));
     for (int32_t i = whole - 4; i >= 0; i -= 4) {
         for (int g = 0; g < G; ++g) {
             __m256i q[4];
-            FourPairs(s[g], 4 * i, q);
-            for (int t = 3; t >= 0; --t)
-                q[t] = BackwardStep(weights, q[t], lo[g], hi[g], fwd + 32 * (G * (i + t) + g));
+            for (int t = 3; t >= 0; --t) {
+                const int16_t* e = fwd + kEntry * (G * (i + t) + g);
+                q[t] = BackwardStep(weights, Load(e + 32), lo[g], hi[g], e);
+            }
             PutFourPairs(d[g], 4 * i, q);
         }
     }
@@ -250,10 +258,10 @@ ZVF_INLINE void Strip(const __m256i& weights, uint8_t* base, ptrdiff_t step, int
 }  // namespace
 
 void SmoothRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
-    // 64 bytes of forward states per pair and group of eight rows: 16 lanes.
-    // Two groups where the field and the scratch have room for them. Other
-    // weights: see the SSE2 pass.
-    const size_t room = fwd.size() / (16 * static_cast<size_t>(v.pairs));
+    // 96 bytes per pair and group of eight rows (kEntry 16-bit lanes), 24
+    // lanes of the scratch. Two groups where the field and the scratch have
+    // room for them. Other weights: see the SSE2 pass.
+    const size_t room = fwd.size() / (kEntry / 2 * static_cast<size_t>(v.pairs));
     if (room < 1 || v.rows < 5 || a < 1 || a > 32767) {
         SmoothRowsSse2(v, a, fwd);
         return;
