@@ -121,6 +121,9 @@ TEST(BlurLevels, WideFieldsAreByteIdenticalToScalarAtEveryLevel) {
     const Case cases[] = {
         {600, 40, 10809, 0, Scratch::Full}, {1030, 23, 31000, 4, Scratch::Full}, {1030, 40, 32768, 0, Scratch::Full},
         {1030, 40, 128, 0, Scratch::Min},   {601, 17, 20642, 3, Scratch::Odd},  {2050, 9, 2048, 0, Scratch::Full},
+        // Narrow and tall with the fewest entries: room for one group of
+        // eight rows at a time, the last group short.
+        {14, 45, 10809, 0, Scratch::Min},   {15, 45, 31000, 4, Scratch::Odd},
     };
     std::mt19937 rng(23);
     for (SimdLevel level : Levels())

@@ -50,8 +50,8 @@ void SmoothRowsScalar(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 // One pixel pair per instruction, of two rows at once when `fwd` holds
 // 8 * v.pairs lanes; bit-exact with SmoothRowsScalar.
 void SmoothRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
-// Eight rows per register, sixteen rows at once when `fwd` holds 64 * v.pairs
-// lanes, eight when it holds 32 * v.pairs (otherwise the SSE2 pass);
+// Eight rows per register, sixteen rows at once when `fwd` holds 48 * v.pairs
+// lanes, eight when it holds 24 * v.pairs (otherwise the SSE2 pass);
 // bit-exact with SmoothRowsScalar.
 void SmoothRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 

@@ -5,6 +5,7 @@
 // the last 32 going to the SSE2 pass. Helpers are forced inline: 256-bit
 // values are never passed to a call (misaligned stack spills on some Windows
 // toolchains).
+#include <algorithm>
 #include <cstring>
 
 #include "smooth_blur_kernel.h"
@@ -57,11 +58,6 @@ ZVF_INLINE __m256i Output(const __m256i (&g)[4], const __m256i (&f)[4]) {
 // One step of 32 columns (or of a pair of eight rows) held as bytes, with the
 // states as two sets of 16-bit lanes: the accumulators into acc, the states
 // moved on.
-ZVF_INLINE __m256i Output(const __m256i (&g)[4], const int32_t* f) {
-    const __m256i stored[4] = {Load(f), Load(f + 8), Load(f + 16), Load(f + 24)};
-    return Output(g, stored);
-}
-
 ZVF_INLINE void Advance(const __m256i& weights, const __m256i& bytes, __m256i& plo, __m256i& phi, __m256i (&acc)[4]) {
     __m256i xlo, xhi;
     Centred(bytes, xlo, xhi);
@@ -69,6 +65,23 @@ ZVF_INLINE void Advance(const __m256i& weights, const __m256i& bytes, __m256i& p
     Accumulate(weights, xhi, phi, acc[2], acc[3]);
     plo = NextStates(acc[0], acc[1]);
     phi = NextStates(acc[2], acc[3]);
+}
+
+// The backward step of 32 lanes: the states move on from the backward
+// accumulators, and the forward ones are computed again from the same
+// samples and the 16-bit states the forward sweep entered this step with
+// (f: the lanes of lo, then those of hi).
+ZVF_INLINE __m256i BackwardStep(const __m256i& weights, const __m256i& bytes, __m256i& plo, __m256i& phi,
+                                const int16_t* f) {
+    __m256i xlo, xhi, acc[4], fwd[4];
+    Centred(bytes, xlo, xhi);
+    Accumulate(weights, xlo, plo, acc[0], acc[1]);
+    Accumulate(weights, xhi, phi, acc[2], acc[3]);
+    plo = NextStates(acc[0], acc[1]);
+    phi = NextStates(acc[2], acc[3]);
+    Accumulate(weights, xlo, Load(f), fwd[0], fwd[1]);
+    Accumulate(weights, xhi, Load(f + 16), fwd[2], fwd[3]);
+    return Output(acc, fwd);
 }
 
 ZVF_INLINE void Begin(const __m256i& bytes, __m256i& plo, __m256i& phi) { Centred(bytes, plo, phi); }
@@ -120,9 +133,11 @@ ZVF_INLINE void PutFourPairs(uint8_t* const (&d)[8], int32_t at, __m256i (&q)[4]
     }
 }
 
-// Stores the accumulators of one step.
-ZVF_INLINE void PutAccumulators(int32_t* f, const __m256i (&acc)[4]) {
-    for (int k = 0; k < 4; ++k) Store(f + 8 * k, acc[k]);
+// Keeps the states a forward step is entered with, half the bytes of its
+// accumulators.
+ZVF_INLINE void PutStates(int16_t* f, const __m256i& lo, const __m256i& hi) {
+    Store(f, lo);
+    Store(f + 16, hi);
 }
 
 // The forward sweep reads sixteen rows side by side, more streams than the
@@ -136,14 +151,19 @@ ZVF_INLINE void PrefetchRows(const uint8_t* const (&s)[G][8], int32_t at) {
         for (int k = 0; k < 8; ++k) _mm_prefetch(reinterpret_cast<const char*>(s[g][k] + at), _MM_HINT_T0);
 }
 
+constexpr int32_t kEntry = 48;
+
 // G groups of eight rows at once, 2 G recursions in flight. Rows s[g][k] into
 // d[g][k] (null: a repeated row whose results are not wanted). Four pairs at a
-// time through the transpose, the pairs past the last four one at a time. The
-// forward accumulators take 128 * G bytes per pair. Every row's pairs are read
-// before the same pairs are written, so repeated rows and src == dst are safe.
+// time through the transpose, the pairs past the last four one at a time.
+// Each pair of a group takes kEntry 16-bit lanes: the 16-bit states the forward
+// step was entered with, then the step's samples as the transpose left them,
+// so that the backward sweep neither reads the rows nor transposes them
+// again. Every row's pairs are read before the same pairs are written, so
+// repeated rows and src == dst are safe.
 template <int G>
 ZVF_INLINE void RowGroups(const __m256i& weights, const uint8_t* const (&s)[G][8], uint8_t* const (&d)[G][8],
-                          int32_t pairs, int32_t* fwd) {
+                          int32_t pairs, int16_t* fwd) {
     const int32_t whole = pairs & ~3;
     __m256i lo[G], hi[G], acc[4];
     for (int g = 0; g < G; ++g) Begin(OnePair(s[g], 0), lo[g], hi[g]);
@@ -153,30 +173,29 @@ ZVF_INLINE void RowGroups(const __m256i& weights, const uint8_t* const (&s)[G][8
             __m256i q[4];
             FourPairs(s[g], 4 * i, q);
             for (int t = 0; t < 4; ++t) {
+                int16_t* e = fwd + kEntry * (G * (i + t) + g);
+                PutStates(e, lo[g], hi[g]);
+                Store(e + 32, q[t]);
                 Advance(weights, q[t], lo[g], hi[g], acc);
-                PutAccumulators(fwd + 32 * (G * (i + t) + g), acc);
             }
         }
     }
     for (int32_t i = whole; i < pairs; ++i)
         for (int g = 0; g < G; ++g) {
+            PutStates(fwd + kEntry * (G * i + g), lo[g], hi[g]);
             Advance(weights, OnePair(s[g], 4 * i), lo[g], hi[g], acc);
-            PutAccumulators(fwd + 32 * (G * i + g), acc);
         }
 
     for (int g = 0; g < G; ++g) Begin(OnePair(s[g], 4 * (pairs - 1)), lo[g], hi[g]);
     for (int32_t i = pairs - 1; i >= whole; --i)
-        for (int g = 0; g < G; ++g) {
-            Advance(weights, OnePair(s[g], 4 * i), lo[g], hi[g], acc);
-            PutOnePair(d[g], 4 * i, Output(acc, fwd + 32 * (G * i + g)));
-        }
+        for (int g = 0; g < G; ++g)
+            PutOnePair(d[g], 4 * i, BackwardStep(weights, OnePair(s[g], 4 * i), lo[g], hi[g], fwd + kEntry * (G * i + g)));
     for (int32_t i = whole - 4; i >= 0; i -= 4) {
         for (int g = 0; g < G; ++g) {
             __m256i q[4];
-            FourPairs(s[g], 4 * i, q);
             for (int t = 3; t >= 0; --t) {
-                Advance(weights, q[t], lo[g], hi[g], acc);
-                q[t] = Output(acc, fwd + 32 * (G * (i + t) + g));
+                const int16_t* e = fwd + kEntry * (G * (i + t) + g);
+                q[t] = BackwardStep(weights, Load(e + 32), lo[g], hi[g], e);
             }
             PutFourPairs(d[g], 4 * i, q);
         }
@@ -191,55 +210,47 @@ ZVF_INLINE void Prefetch(const uint8_t* row, int32_t bytes) {
     for (int32_t j = 0; j < bytes; j += 64) _mm_prefetch(reinterpret_cast<const char*>(row + j), _MM_HINT_T0);
 }
 
-// Every column of a strip `whole` bytes wide (a multiple of 32), the rows
-// swept as in the scalar version. The upward sweep keeps, per row, the 16-bit
-// state it entered the row with, half the bytes of its accumulator; the
-// downward sweep computes that accumulator again from the row's sample
-// (one more multiply-add per lane) as it forms the output. States are kept in
-// the order the unpacks make them, the same for both sweeps.
-ZVF_INLINE void Strip(const __m256i& weights, uint8_t* base, ptrdiff_t step, int32_t rows, int32_t whole,
-                      int16_t* up, int16_t* state) {
-    __m256i acc[4], back[4];
-    int16_t* last = up + static_cast<ptrdiff_t>(rows - 1) * whole;
+// Every column of a strip 32 N bytes wide, the rows swept as in the scalar
+// version. The states of all N steps stay in registers from row to row. The
+// upward sweep keeps, per row, the 16-bit state it entered the row with, half
+// the bytes of its accumulator; the downward sweep computes that accumulator
+// again from the row's sample (one more multiply-add per lane) as it forms
+// the output. States are kept in the order the unpacks make them, the same
+// for both sweeps.
+template <int N>
+ZVF_INLINE void Strip(const __m256i& weights, uint8_t* base, ptrdiff_t step, int32_t rows, int16_t* up) {
+    constexpr int32_t kWidth = 32 * N;
+    __m256i lo[N], hi[N], acc[4], back[4];
     const uint8_t* bottom = base + (rows - 1) * step;
-    for (int32_t j = 0; j < whole; j += 32) {
-        __m256i lo, hi;
-        Begin(Load(bottom + j), lo, hi);
-        Store(last + j, lo);
-        Store(last + j + 16, hi);
-    }
+    for (int n = 0; n < N; ++n) Begin(Load(bottom + 32 * n), lo[n], hi[n]);
     for (int32_t k = rows - 1; k >= 1; --k) {
         const uint8_t* in = base + k * step;
-        const int16_t* here = up + static_cast<ptrdiff_t>(k) * whole;
-        int16_t* above = up + static_cast<ptrdiff_t>(k - 1) * whole;
-        if (k >= kAhead) Prefetch(in - kAhead * step, whole);
-        for (int32_t j = 0; j < whole; j += 32) {
-            __m256i lo = Load(here + j), hi = Load(here + j + 16);
-            Advance(weights, Load(in + j), lo, hi, acc);
-            Store(above + j, lo);
-            Store(above + j + 16, hi);
+        int16_t* here = up + static_cast<ptrdiff_t>(k) * kWidth;
+        if (k >= kAhead) Prefetch(in - kAhead * step, kWidth);
+        for (int n = 0; n < N; ++n) {
+            Store(here + 32 * n, lo[n]);
+            Store(here + 32 * n + 16, hi[n]);
+            Advance(weights, Load(in + 32 * n), lo[n], hi[n], acc);
         }
     }
-    for (int32_t j = 0; j < whole; j += 32) {
-        __m256i lo, hi;
-        Begin(Load(base + j), lo, hi);
-        Store(state + j, lo);
-        Store(state + j + 16, hi);
+    for (int n = 0; n < N; ++n) {
+        Store(up + 32 * n, lo[n]);
+        Store(up + 32 * n + 16, hi[n]);
     }
+    for (int n = 0; n < N; ++n) Begin(Load(base + 32 * n), lo[n], hi[n]);
     for (int32_t k = 0; k < rows; ++k) {
         uint8_t* row = base + k * step;
-        const int16_t* here = up + static_cast<ptrdiff_t>(k) * whole;
-        for (int32_t j = 0; j < whole; j += 32) {
+        const int16_t* here = up + static_cast<ptrdiff_t>(k) * kWidth;
+        for (int n = 0; n < N; ++n) {
             __m256i xlo, xhi;
-            Centred(Load(row + j), xlo, xhi);
-            const __m256i lo = Load(state + j), hi = Load(state + j + 16);
-            Accumulate(weights, xlo, lo, acc[0], acc[1]);
-            Accumulate(weights, xhi, hi, acc[2], acc[3]);
-            Store(state + j, NextStates(acc[0], acc[1]));
-            Store(state + j + 16, NextStates(acc[2], acc[3]));
-            Accumulate(weights, xlo, Load(here + j), back[0], back[1]);
-            Accumulate(weights, xhi, Load(here + j + 16), back[2], back[3]);
-            Store(row + j, Output(acc, back));
+            Centred(Load(row + 32 * n), xlo, xhi);
+            Accumulate(weights, xlo, lo[n], acc[0], acc[1]);
+            Accumulate(weights, xhi, hi[n], acc[2], acc[3]);
+            lo[n] = NextStates(acc[0], acc[1]);
+            hi[n] = NextStates(acc[2], acc[3]);
+            Accumulate(weights, xlo, Load(here + 32 * n), back[0], back[1]);
+            Accumulate(weights, xhi, Load(here + 32 * n + 16), back[2], back[3]);
+            Store(row + 32 * n, Output(acc, back));
         }
     }
 }
@@ -247,20 +258,21 @@ ZVF_INLINE void Strip(const __m256i& weights, uint8_t* base, ptrdiff_t step, int
 }  // namespace
 
 void SmoothRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
-    // 128 bytes of accumulators per pair and group of eight rows: 32 lanes.
-    // Two groups where the field and the scratch have room for them. Other
-    // weights: see the SSE2 pass.
-    const size_t room = fwd.size() / (32 * static_cast<size_t>(v.pairs));
+    // 96 bytes per pair and group of eight rows (kEntry 16-bit lanes), 24
+    // lanes of the scratch. Two groups where the field and the scratch have
+    // room for them. Other weights: see the SSE2 pass.
+    const size_t room = fwd.size() / (kEntry / 2 * static_cast<size_t>(v.pairs));
     if (room < 1 || v.rows < 5 || a < 1 || a > 32767) {
         SmoothRowsSse2(v, a, fwd);
         return;
     }
     const __m256i weights =
         _mm256_set1_epi32(static_cast<int32_t>((static_cast<uint32_t>(a) << 16) | static_cast<uint16_t>(32768 - a)));
+    int16_t* states = reinterpret_cast<int16_t*>(fwd.data());
     if (room >= 2 && v.rows > 8) {
-        ForEachRowGroup<2, 8>(v, [&](const auto& s, const auto& d) { RowGroups<2>(weights, s, d, v.pairs, fwd.data()); });
+        ForEachRowGroup<2, 8>(v, [&](const auto& s, const auto& d) { RowGroups<2>(weights, s, d, v.pairs, states); });
     } else {
-        ForEachRowGroup<1, 8>(v, [&](const auto& s, const auto& d) { RowGroups<1>(weights, s, d, v.pairs, fwd.data()); });
+        ForEachRowGroup<1, 8>(v, [&](const auto& s, const auto& d) { RowGroups<1>(weights, s, d, v.pairs, states); });
     }
 }
 
@@ -270,8 +282,25 @@ void SmoothStripAvx2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes,
         // (32768 - a) x' + a p as multiply-adds of interleaved (x', p).
         const __m256i weights = _mm256_set1_epi32(
             static_cast<int32_t>((static_cast<uint32_t>(a) << 16) | static_cast<uint16_t>(32768 - a)));
-        alignas(32) int16_t state[4 * kWideStripPairs];
-        Strip(weights, base, step, rows, whole, reinterpret_cast<int16_t*>(up), state);
+        // Up to four steps of 32 columns whose states stay in registers at a time.
+        int16_t* states = reinterpret_cast<int16_t*>(up);
+        for (int32_t c = 0; c < whole; c += 128) {
+            uint8_t* at = base + c;
+            switch (std::min(whole - c, 128) / 32) {
+                case 1:
+                    Strip<1>(weights, at, step, rows, states);
+                    break;
+                case 2:
+                    Strip<2>(weights, at, step, rows, states);
+                    break;
+                case 3:
+                    Strip<3>(weights, at, step, rows, states);
+                    break;
+                default:
+                    Strip<4>(weights, at, step, rows, states);
+                    break;
+            }
+        }
     }
     // The columns past the last 32, in a strip of their own (columns are independent).
     if (whole < lanes) SmoothStripSse2(base + whole, step, rows, lanes - whole, a, up);
