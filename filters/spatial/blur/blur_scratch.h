@@ -20,8 +20,8 @@ constexpr int32_t kStripPairs = 16;
 // second-level cache.
 constexpr int32_t kSimdStripPairs = 128;
 // Smooth Blur's SIMD versions sweep strips of this many pairs: 512 bytes of
-// scratch per row for the SSE2 one's 32-bit accumulators, 256 for the AVX2
-// one's 16-bit states.
+// scratch per row for 32-bit accumulators, 256 where the AVX2 one keeps
+// 16-bit states instead (tall fields).
 constexpr int32_t kWideStripPairs = 32;
 constexpr size_t kLanes = 4;
 
