@@ -13,6 +13,8 @@
 #if defined(__AVX2__)
 #include <immintrin.h>
 
+#include "blur_rows_avx2.h"
+
 #define ZVF_INLINE __attribute__((always_inline)) inline
 
 namespace zvf::filters {
@@ -48,14 +50,6 @@ ZVF_INLINE void Load(const uint8_t* p, __m256i& lo, __m256i& hi) {
 
 ZVF_INLINE void Store(uint8_t* p, const __m256i& lo, const __m256i& hi) { PutWords(p, _mm256_packus_epi16(lo, hi)); }
 
-// The upward sweep climbs the field against the hardware prefetchers'
-// direction; the rows it reaches a few steps later are asked for ahead.
-constexpr int32_t kAhead = 16;
-
-ZVF_INLINE void Prefetch(const uint8_t* row, int32_t bytes) {
-    for (int32_t j = 0; j < bytes; j += 64) _mm_prefetch(reinterpret_cast<const char*>(row + j), _MM_HINT_T0);
-}
-
 // Every column of a strip `whole` bytes wide (a multiple of 32), the rows
 // swept as in the scalar version; the bottom-up values and the top-down state
 // are kept as bytes (every value of the recursion is a whole byte), `whole`
@@ -70,7 +64,7 @@ ZVF_INLINE void Strip(const S& blur, const uint8_t* src, uint8_t* dst, ptrdiff_t
         const uint8_t* in = src + k * step;
         uint8_t* here = up + static_cast<ptrdiff_t>(k) * whole;
         const uint8_t* below = here + whole;
-        if (k >= kAhead) Prefetch(in - kAhead * step, whole);
+        if (k >= kAhead) PrefetchRow(in - kAhead * step, whole);
         for (int32_t j = 0; j < whole; j += 32) {
             __m256i xl, xh, pl, ph;
             Load(in + j, xl, xh);
@@ -97,58 +91,10 @@ ZVF_INLINE void Strip(const S& blur, const uint8_t* src, uint8_t* dst, ptrdiff_t
     }
 }
 
-ZVF_INLINE int32_t Word(const uint8_t* p) {
-    int32_t w;
-    std::memcpy(&w, p, 4);
-    return w;
-}
-
 // The horizontal pass keeps eight rows in one register as bytes: the pair of
 // rows 0-3 in the low half, of rows 4-7 in the high half. Unpacking with zero
 // gives the 16-bit lanes of rows 0, 1, 4, 5 and of rows 2, 3, 6, 7, two
 // independent recursions; packing them returns the same order.
-
-// One pair of each of eight rows.
-ZVF_INLINE __m256i OnePair(const uint8_t* const (&s)[8], int32_t at) {
-    return _mm256_setr_epi32(Word(s[0] + at), Word(s[1] + at), Word(s[2] + at), Word(s[3] + at), Word(s[4] + at),
-                             Word(s[5] + at), Word(s[6] + at), Word(s[7] + at));
-}
-
-ZVF_INLINE void PutOnePair(uint8_t* const (&d)[8], int32_t at, const __m256i& v) {
-    alignas(32) int32_t w[8];
-    _mm256_store_si256(reinterpret_cast<__m256i*>(w), v);
-    for (int k = 0; k < 8; ++k)
-        if (d[k] != nullptr) std::memcpy(d[k] + at, &w[k], 4);
-}
-
-// A 4 x 4 transpose of 32-bit pairs within each half: four pairs of four rows
-// become the four rows' values of each pair, and back.
-ZVF_INLINE void Transpose(__m256i& v0, __m256i& v1, __m256i& v2, __m256i& v3) {
-    const __m256i t0 = _mm256_unpacklo_epi32(v0, v1), t1 = _mm256_unpackhi_epi32(v0, v1);
-    const __m256i t2 = _mm256_unpacklo_epi32(v2, v3), t3 = _mm256_unpackhi_epi32(v2, v3);
-    v0 = _mm256_unpacklo_epi64(t0, t2);
-    v1 = _mm256_unpackhi_epi64(t0, t2);
-    v2 = _mm256_unpacklo_epi64(t1, t3);
-    v3 = _mm256_unpackhi_epi64(t1, t3);
-}
-
-// Pairs at..at+3 of eight rows, one register per pair.
-ZVF_INLINE void FourPairs(const uint8_t* const (&s)[8], int32_t at, __m256i (&q)[4]) {
-    for (int k = 0; k < 4; ++k)
-        q[k] = _mm256_inserti128_si256(
-            _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s[k] + at))),
-            _mm_loadu_si128(reinterpret_cast<const __m128i*>(s[k + 4] + at)), 1);
-    Transpose(q[0], q[1], q[2], q[3]);
-}
-
-ZVF_INLINE void PutFourPairs(uint8_t* const (&d)[8], int32_t at, __m256i (&q)[4]) {
-    Transpose(q[0], q[1], q[2], q[3]);
-    for (int k = 0; k < 4; ++k) {
-        if (d[k] != nullptr) _mm_storeu_si128(reinterpret_cast<__m128i*>(d[k] + at), _mm256_castsi256_si128(q[k]));
-        if (d[k + 4] != nullptr)
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(d[k + 4] + at), _mm256_extracti128_si256(q[k], 1));
-    }
-}
 
 // The recursion of eight rows in 16-bit lanes, as two halves.
 struct Rows8 {

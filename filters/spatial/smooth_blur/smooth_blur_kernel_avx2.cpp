@@ -6,7 +6,6 @@
 // values are never passed to a call (misaligned stack spills on some Windows
 // toolchains).
 #include <algorithm>
-#include <cstring>
 
 #include "smooth_blur_kernel.h"
 #include "spatial/blur/blur_row_groups.h"
@@ -14,6 +13,8 @@
 
 #if defined(__AVX2__)
 #include <immintrin.h>
+
+#include "spatial/blur/blur_rows_avx2.h"
 
 #define ZVF_INLINE __attribute__((always_inline)) inline
 
@@ -86,53 +87,6 @@ ZVF_INLINE __m256i BackwardStep(const __m256i& weights, const __m256i& bytes, __
 
 ZVF_INLINE void Begin(const __m256i& bytes, __m256i& plo, __m256i& phi) { Centred(bytes, plo, phi); }
 
-ZVF_INLINE int32_t Word(const uint8_t* p) {
-    int32_t w;
-    std::memcpy(&w, p, 4);
-    return w;
-}
-
-// The horizontal pass keeps a pair of eight rows in one register as bytes,
-// rows 0-3 in the low half and 4-7 in the high half (see Blur's AVX2 pass).
-ZVF_INLINE __m256i OnePair(const uint8_t* const (&s)[8], int32_t at) {
-    return _mm256_setr_epi32(Word(s[0] + at), Word(s[1] + at), Word(s[2] + at), Word(s[3] + at), Word(s[4] + at),
-                             Word(s[5] + at), Word(s[6] + at), Word(s[7] + at));
-}
-
-ZVF_INLINE void PutOnePair(uint8_t* const (&d)[8], int32_t at, const __m256i& v) {
-    alignas(32) int32_t w[8];
-    _mm256_store_si256(reinterpret_cast<__m256i*>(w), v);
-    for (int k = 0; k < 8; ++k)
-        if (d[k] != nullptr) std::memcpy(d[k] + at, &w[k], 4);
-}
-
-// A 4 x 4 transpose of 32-bit pairs within each half.
-ZVF_INLINE void Transpose(__m256i (&v)[4]) {
-    const __m256i t0 = _mm256_unpacklo_epi32(v[0], v[1]), t1 = _mm256_unpackhi_epi32(v[0], v[1]);
-    const __m256i t2 = _mm256_unpacklo_epi32(v[2], v[3]), t3 = _mm256_unpackhi_epi32(v[2], v[3]);
-    v[0] = _mm256_unpacklo_epi64(t0, t2);
-    v[1] = _mm256_unpackhi_epi64(t0, t2);
-    v[2] = _mm256_unpacklo_epi64(t1, t3);
-    v[3] = _mm256_unpackhi_epi64(t1, t3);
-}
-
-ZVF_INLINE void FourPairs(const uint8_t* const (&s)[8], int32_t at, __m256i (&q)[4]) {
-    for (int k = 0; k < 4; ++k)
-        q[k] = _mm256_inserti128_si256(
-            _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s[k] + at))),
-            _mm_loadu_si128(reinterpret_cast<const __m128i*>(s[k + 4] + at)), 1);
-    Transpose(q);
-}
-
-ZVF_INLINE void PutFourPairs(uint8_t* const (&d)[8], int32_t at, __m256i (&q)[4]) {
-    Transpose(q);
-    for (int k = 0; k < 4; ++k) {
-        if (d[k] != nullptr) _mm_storeu_si128(reinterpret_cast<__m128i*>(d[k] + at), _mm256_castsi256_si128(q[k]));
-        if (d[k + 4] != nullptr)
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(d[k + 4] + at), _mm256_extracti128_si256(q[k], 1));
-    }
-}
-
 // Keeps the states a forward step is entered with, half the bytes of its
 // accumulators.
 ZVF_INLINE void PutStates(int16_t* f, const __m256i& lo, const __m256i& hi) {
@@ -202,20 +156,12 @@ ZVF_INLINE void RowGroups(const __m256i& weights, const uint8_t* const (&s)[G][8
     }
 }
 
-// The upward sweep climbs the field against the hardware prefetchers'
-// direction; the rows it reaches a few steps later are asked for ahead.
-constexpr int32_t kAhead = 16;
-
 // Keeping the 32-bit accumulators rather than the 16-bit states saves the
 // downward sweep a quarter of its vector work, but doubles the scratch a
 // strip sweeps twice. Measured, it pays while that scratch stays well inside
 // the second-level cache (a 540-row field, 270 KiB) and costs more than it
 // saves beyond (a 1080-row one, 540 KiB).
 constexpr int64_t kSumsBytes = 320 * 1024;
-
-ZVF_INLINE void Prefetch(const uint8_t* row, int32_t bytes) {
-    for (int32_t j = 0; j < bytes; j += 64) _mm_prefetch(reinterpret_cast<const char*>(row + j), _MM_HINT_T0);
-}
 
 // Every column of a strip 32 N bytes wide, the rows swept as in the scalar
 // version. The states of all N steps stay in registers from row to row.
@@ -236,7 +182,7 @@ ZVF_INLINE void Strip(const __m256i& weights, uint8_t* base, ptrdiff_t step, int
         for (int32_t k = rows - 1; k >= 0; --k) {
             const uint8_t* in = base + k * step;
             int32_t* here = sums + static_cast<ptrdiff_t>(k) * kWidth;
-            if (k >= kAhead) Prefetch(in - kAhead * step, kWidth);
+            if (k >= kAhead) PrefetchRow(in - kAhead * step, kWidth);
             for (int n = 0; n < N; ++n) {
                 Advance(weights, Load(in + 32 * n), lo[n], hi[n], acc);
                 for (int t = 0; t < 4; ++t) Store(here + 32 * n + 8 * t, acc[t]);
@@ -262,7 +208,7 @@ ZVF_INLINE void Strip(const __m256i& weights, uint8_t* base, ptrdiff_t step, int
     for (int32_t k = rows - 1; k >= 1; --k) {
         const uint8_t* in = base + k * step;
         int16_t* here = up + static_cast<ptrdiff_t>(k) * kWidth;
-        if (k >= kAhead) Prefetch(in - kAhead * step, kWidth);
+        if (k >= kAhead) PrefetchRow(in - kAhead * step, kWidth);
         for (int n = 0; n < N; ++n) {
             Store(here + 32 * n, lo[n]);
             Store(here + 32 * n + 16, hi[n]);
