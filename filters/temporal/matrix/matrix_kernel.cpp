@@ -116,7 +116,7 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
     // The first output line uses field lines 0, 1 and 2, as the second does.
     for (int i = 0; i < 3; ++i) loader.Load(buf[i], i);
 
-    // A kernel's narrow form is worked out once here, not for every line.
+    // Which AVX2 path a kernel takes is worked out once here, not for every line.
     MatrixNarrow narrow;
     if (level >= SimdLevel::avx2 && NarrowMatrix(c, &narrow)) {
         ConvolveLines(v, loader, buf, [&](const uint8_t* const (&lines)[3], uint8_t* out) {
@@ -124,7 +124,7 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
         });
         return true;
     }
-    const MatrixLineFn line = level >= SimdLevel::avx2   ? MatrixLineAvx2
+    const MatrixLineFn line = level >= SimdLevel::avx2   ? MatrixWideLineAvx2
                               : level >= SimdLevel::sse2 ? MatrixLineSse2
                                                          : MatrixLine;
     ConvolveLines(v, loader, buf,

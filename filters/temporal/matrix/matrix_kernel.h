@@ -44,9 +44,12 @@ void MatrixLineSse2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
                     const MatrixCoefficients& c);
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c);
-// The AVX2 line for a kernel with a narrow form, the form worked out once
-// for the field rather than for every line; MatrixLineAvx2 takes it too.
+// MatrixLineAvx2's two paths, for callers that work out once per field
+// which one a kernel takes: the 16-bit one for a kernel with a narrow form,
+// and the 32-bit one for any kernel.
 void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c, const MatrixNarrow& narrow);
+void MatrixWideLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                        const MatrixCoefficients& c);
 
 }  // namespace zvf::filters

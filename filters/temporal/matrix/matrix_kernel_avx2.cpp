@@ -118,10 +118,14 @@ void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdif
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c) {
     MatrixNarrow narrow;
-    if (NarrowMatrix(c, &narrow)) {
+    if (NarrowMatrix(c, &narrow))
         MatrixNarrowLineAvx2(lines, out, from, to, c, narrow);
-        return;
-    }
+    else
+        MatrixWideLineAvx2(lines, out, from, to, c);
+}
+
+void MatrixWideLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                        const MatrixCoefficients& c) {
     const __m256i lowBytes = _mm256_set1_epi32(0x00FF00FF);  // byte 0 and byte 2 as 16-bit halves
     const __m256i byte2 = _mm256_set1_epi32(0x00FF0000);
     const __m256i byte0 = _mm256_set1_epi32(0x000000FF);
@@ -194,6 +198,11 @@ void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdif
 
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c) {
+    MatrixLineSse2(lines, out, from, to, c);
+}
+
+void MatrixWideLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                        const MatrixCoefficients& c) {
     MatrixLineSse2(lines, out, from, to, c);
 }
 
