@@ -6,6 +6,7 @@
 #include "yuv_curve_codec.h"
 #include "yuv_curve_dialog.h"
 #include "yuv_curve_kernel.h"
+#include "yuv_curve_pair_tables.h"
 #include "yuv_curve_record.h"
 #include "yuv_curve_tables.h"
 
@@ -33,6 +34,10 @@ public:
             std::lock_guard<std::mutex> hold(lock_);  // the dialog may be writing
             snapshot = TakeSnapshot(record_);
         }
+        // Curves that need the tables go two bytes at a time where the
+        // field's pair tables are free.
+        if (ChooseCurveKernel(snapshot) == CurveKernel::Table && pairs_.Render(field, v, snapshot.fixed.table))
+            return status::ok;
         RenderCurve(v, snapshot, Simd());
         return status::ok;
     }
@@ -51,6 +56,7 @@ protected:
 private:
     YuvCurveRecord record_;
     std::mutex lock_;
+    CurvePairCache pairs_;
 };
 
 }  // namespace
