@@ -10,6 +10,7 @@
 #include <ctime>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@
 #include "colour/color_wheel/color_wheel_kernel.h"
 #include "colour/monotone/monotone_kernel.h"
 #include "colour/yuv_curve/yuv_curve_kernel.h"
+#include "colour/yuv_curve/yuv_curve_pair_tables.h"
+#include "colour/yuv_curve/yuv_curve_tables.h"
 #include "kit/services.h"
 #include "spatial/block_color/block_color_kernel.h"
 #include "spatial/blur/blur_kernel.h"
@@ -104,6 +107,21 @@ YuvCurveRecord Lifted() {
     return r;
 }
 
+std::shared_ptr<CurvePairTables> PairTablesOf(const YuvCurveRecord& r) {
+    auto t = std::make_shared<CurvePairTables>();
+    BuildCurvePairTables(r.fixed.table, *t);
+    return t;
+}
+
+// Three points: a spline, so the tables rather than the line.
+YuvCurveRecord Lifted3() {
+    YuvCurveRecord r;
+    r.points[0] = {{0, 16}, {128, 150}, {255, 235}};
+    r.fixed.count[0] = 3;
+    RebuildTables(r);
+    return r;
+}
+
 std::vector<std::pair<std::string, Kernel>> Kernels() {
     const int32_t blurWeight = KernelWeight(20642);  // radius 12, as the dialog derives it
     return {
@@ -141,6 +159,11 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
          }},
         {"YUV Curve",
          [s = TakeSnapshot(Lifted())](Frames&, FieldView& v, SimdLevel l) { RenderCurve(v, s, l); }},
+        {"YUV Curve bytes",
+         [s = TakeSnapshot(Lifted3())](Frames&, FieldView& v, SimdLevel) { RenderCurveTables(v, s.fixed.table); }},
+        // As the filter renders a curve: the pair tables built once, when the curve was set.
+        {"YUV Curve pairs",
+         [t = PairTablesOf(Lifted3())](Frames&, FieldView& v, SimdLevel) { RenderCurvePairTables(v, *t); }},
         {"Color Wheel", [p = PlanWheel(ThirdTurn())](Frames&, FieldView& v, SimdLevel l) { RenderWheel(v, p, l); }},
         // Its dearest step: the capture that starts every held stretch.
         {"Strobe/Freeze capture",
