@@ -167,7 +167,9 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
         {"Color Wheel", [p = PlanWheel(ThirdTurn())](Frames&, FieldView& v, SimdLevel l) { RenderWheel(v, p, l); }},
         // Its dearest step: the capture that starts every held stretch.
         {"Strobe/Freeze capture",
-         [](Frames&, FieldView& v, SimdLevel) { CaptureSmoothed(v.src, v.dst, v.pitch, v.rows, v.pairs); }},
+         [](Frames&, FieldView& v, SimdLevel l) {
+             CaptureSmoothed(v.src, v.dst, v.pitch, v.rows, v.pairs, SelectCaptureRow(l));
+         }},
     };
 }
 

@@ -88,7 +88,7 @@ bool StrobeEngine::HoldsFrame() const {
 }
 
 Status StrobeEngine::Render(IHost* host, IVideoFrame* dst, IVideoFrame* src, const Rect* rect, uint32_t frame,
-                            int32_t field, bool refresh, const StrobeRecord& record) {
+                            int32_t field, bool refresh, const StrobeRecord& record, SimdLevel level) {
     FieldView v;
     const Status opened = OpenField(dst, src, rect, field, &v);
     if (opened != status::ok) return opened;
@@ -145,7 +145,8 @@ Status StrobeEngine::Render(IHost* host, IVideoFrame* dst, IVideoFrame* src, con
         case StrobeOutput::Held:
             if (step.capture) {
                 Synchronize(sync.get(), f);
-                CaptureSmoothed(v.src, held.get()->GetBuffer() + (v.src - v.srcFrame), v.pitch, v.rows, v.pairs);
+                CaptureSmoothed(v.src, held.get()->GetBuffer() + (v.src - v.srcFrame), v.pitch, v.rows, v.pairs,
+                                SelectCaptureRow(level));
                 Synchronize(sync.get(), f);
                 frozenValid_[f] = true;
             }

@@ -8,6 +8,7 @@
 #include <mutex>
 
 #include "strobe_record.h"
+#include "zvf/simd_level.h"
 #include "zvf/abi.h"
 
 namespace zvf::filters {
@@ -25,9 +26,10 @@ public:
     void Prepare(IHost* host);
 
     // One field of one frame. Rendering works without Prepare: the services
-    // are then obtained on the first call.
+    // are then obtained on the first call. `level` picks the capture's row
+    // function; every level holds the same bytes.
     Status Render(IHost* host, IVideoFrame* dst, IVideoFrame* src, const Rect* rect, uint32_t frame, int32_t field,
-                  bool refresh, const StrobeRecord& record);
+                  bool refresh, const StrobeRecord& record, SimdLevel level = SimdLevel::scalar);
 
     bool HoldsFrame() const;
 

@@ -27,7 +27,7 @@ public:
     // asks for the held picture to be captured again.
     Status ZVF_CALL Render(IVideoFrame* dst, IVideoFrame* src, const Rect* rect, uint32_t frame, uint32_t,
                            int32_t field, uint32_t refresh) override {
-        return engine_.Render(HostPointer(), dst, src, rect, frame, field, refresh != 0, Snapshot(record_));
+        return engine_.Render(HostPointer(), dst, src, rect, frame, field, refresh != 0, Snapshot(record_), Simd());
     }
 
 protected:

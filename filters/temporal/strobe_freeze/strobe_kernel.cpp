@@ -42,7 +42,16 @@ Yuv ColorRefToYuv(uint32_t colorref) {
     return {ClampByte(y), ClampByte(u), ClampByte(v)};
 }
 
-void CaptureSmoothed(const uint8_t* src, uint8_t* held, ptrdiff_t pitch, int32_t rows, int32_t pairs) {
+void CaptureRow(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* out, size_t n, ptrdiff_t) {
+    for (size_t i = 0; i < n; ++i) out[i] = static_cast<uint8_t>((a[i] + 2 * c[i] + b[i]) >> 2);
+}
+
+CaptureRowFn SelectCaptureRow(SimdLevel level) {
+    return level >= SimdLevel::avx2 ? CaptureRowAvx2 : level >= SimdLevel::sse2 ? CaptureRowSse2 : CaptureRow;
+}
+
+void CaptureSmoothed(const uint8_t* src, uint8_t* held, ptrdiff_t pitch, int32_t rows, int32_t pairs,
+                     CaptureRowFn row) {
     const size_t bytes = size_t{4} * static_cast<size_t>(pairs);
     const ptrdiff_t step = 2 * pitch;
     if (rows <= 0) return;
@@ -50,21 +59,13 @@ void CaptureSmoothed(const uint8_t* src, uint8_t* held, ptrdiff_t pitch, int32_t
         std::memcpy(held, src, bytes);
         return;
     }
-    {
-        const uint8_t* below = src + pitch;
-        for (size_t i = 0; i < bytes; ++i) held[i] = static_cast<uint8_t>((3 * src[i] + below[i]) >> 2);
-    }
+    row(src, src, src + pitch, held, bytes, step);  // (3c + below) / 4
     for (int32_t k = 1; k < rows - 1; ++k) {
         const uint8_t* c = src + k * step;
-        const uint8_t* above = c - pitch;
-        const uint8_t* below = c + pitch;
-        uint8_t* o = held + k * step;
-        for (size_t i = 0; i < bytes; ++i) o[i] = static_cast<uint8_t>((above[i] + 2 * c[i] + below[i]) >> 2);
+        row(c - pitch, c, c + pitch, held + k * step, bytes, step);
     }
-    const uint8_t* c = src + (rows - 1) * step;
-    const uint8_t* above = c - pitch;
-    uint8_t* o = held + (rows - 1) * step;
-    for (size_t i = 0; i < bytes; ++i) o[i] = static_cast<uint8_t>((3 * c[i] + above[i]) >> 2);
+    const uint8_t* last = src + (rows - 1) * step;
+    row(last, last, last - pitch, held + (rows - 1) * step, bytes, 0);  // (3c + above) / 4
 }
 
 void FillColor(uint8_t* dst, ptrdiff_t pitch, int32_t rows, int32_t pairs, Yuv colour) {

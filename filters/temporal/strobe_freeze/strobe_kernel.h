@@ -6,6 +6,8 @@
 #include <cstdint>
 
 #include "strobe_record.h"
+#include "zvf/row_prefetch.h"
+#include "zvf/simd_level.h"
 
 namespace zvf::filters {
 
@@ -45,7 +47,27 @@ Yuv ColorRefToYuv(uint32_t colorref);
 // (3c + above) / 4. A single field row has no lines of its own field around
 // it to tell a comb from detail, and its neighbours may lie outside the
 // frame: it is held as it is.
-void CaptureSmoothed(const uint8_t* src, uint8_t* held, ptrdiff_t pitch, int32_t rows, int32_t pairs);
+//
+// Every row is one row function of three lines: (a + 2c + b) / 4, with
+// a = c on the first and last rows. The SSE2 and AVX2 ones give the same
+// bytes as the scalar one on every input, and ask for the lines of c, b and
+// out `ahead` bytes on (the next row's, or their own on the last row) as
+// they go.
+using CaptureRowFn = void (*)(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* out, size_t n,
+                              ptrdiff_t ahead);
+void CaptureRow(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* out, size_t n, ptrdiff_t ahead = 0);
+void CaptureRowSse2(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* out, size_t n, ptrdiff_t ahead);
+void CaptureRowAvx2(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* out, size_t n, ptrdiff_t ahead);
+CaptureRowFn SelectCaptureRow(SimdLevel level);
+// The lines `ahead` bytes on of a row's own line, the line below it and its
+// output: the next row's c, b and out.
+inline void PrefetchNextRow(const uint8_t* c, const uint8_t* b, uint8_t* out, ptrdiff_t ahead) {
+    PrefetchLine(c + ahead);
+    PrefetchLine(b + ahead);
+    PrefetchLineForWrite(out + ahead);
+}
+void CaptureSmoothed(const uint8_t* src, uint8_t* held, ptrdiff_t pitch, int32_t rows, int32_t pairs,
+                     CaptureRowFn row = CaptureRow);
 
 // Writes Y, U, Y, V into every pair of the field's rows.
 void FillColor(uint8_t* dst, ptrdiff_t pitch, int32_t rows, int32_t pairs, Yuv colour);
