@@ -7,6 +7,9 @@ namespace zvf::test {
 namespace {
 
 const std::string kStrobeId = "Velmora Co., Ltd. Strobe Video Filter";
+// Wide enough that a capture row runs through whole vectors of every level
+// and a shorter rest.
+constexpr int32_t kW = 44, kH = 8;
 
 std::vector<uint8_t> StrobeBlob(uint32_t interval, uint32_t duration, uint32_t colour, uint32_t first,
                                 uint32_t second, uint32_t version = 0x00020000) {
@@ -64,7 +67,7 @@ Sequence Render(host::LoadedModule& m, const std::vector<uint8_t>* blob, uint32_
     if (prepare) {
         EXPECT_EQ((*inst)->PrepareRender(), status::ok);
     }
-    host::Frame src(12, 8), dst(12, 8);
+    host::Frame src(kW, kH), dst(kW, kH);
     Sequence s;
     for (uint32_t n = start; n < start + count; ++n) {
         Paint(src, n);
@@ -93,7 +96,7 @@ TEST(StrobeFreeze, DefaultsPlayFourFramesFlashThreeAndPlayAgain) {
     auto m = LoadModule();
     ASSERT_TRUE(m);
     const Sequence s = Render(*m, nullptr, 8, false);
-    host::Frame shape(12, 8);
+    host::Frame shape(kW, kH);
     for (uint32_t n = 0; n < 8; ++n) {
         if (n >= 4 && n <= 6)
             EXPECT_EQ(s.outputs[n], Flat(shape, 235, 128, 128)) << "frame " << n;
@@ -107,7 +110,7 @@ TEST(StrobeFreeze, PureRedColourFrame) {
     ASSERT_TRUE(m);
     const std::vector<uint8_t> blob = StrobeBlob(2, 1, 0x000000FF, 0, 1);
     const Sequence s = Render(*m, &blob, 2, false);
-    host::Frame shape(12, 8);
+    host::Frame shape(kW, kH);
     EXPECT_EQ(s.outputs[0], s.sources[0]);
     EXPECT_EQ(s.outputs[1], Flat(shape, 76, 85, 255));
 }
@@ -118,7 +121,7 @@ TEST(StrobeFreeze, FreezeHalvesHoldTheSmoothedCaptures) {
     const std::vector<uint8_t> blob = StrobeBlob(7, 3, 0, 1, 0);
     const Sequence s = Render(*m, &blob, 10, false);
     const uint32_t capturedAt[10] = {0, 0, 0, 0, 4, 4, 4, 7, 7, 7};
-    host::Frame f(12, 8);
+    host::Frame f(kW, kH);
     for (uint32_t n = 0; n < 10; ++n) {
         std::copy(s.sources[capturedAt[n]].begin(), s.sources[capturedAt[n]].end(), f.Pixels());
         EXPECT_EQ(s.outputs[n], Frozen(f)) << "frame " << n;
@@ -130,7 +133,7 @@ TEST(StrobeFreeze, RefreshFlagCapturesTheCurrentPicture) {
     ASSERT_TRUE(m);
     const std::vector<uint8_t> blob = StrobeBlob(7, 3, 0, 1, 0);
     auto inst = m->Create(*m->Find("Strobe/Freeze"), &blob);
-    host::Frame src(12, 8), dst(12, 8);
+    host::Frame src(kW, kH), dst(kW, kH);
     Paint(src, 0);
     ASSERT_EQ(inst->RenderFrame(dst, src, 0), status::ok);
     Paint(src, 1);
