@@ -12,6 +12,7 @@
 
 #include "video_noise_kernel.h"
 #include "video_noise_lanes.h"
+#include "zvf/row_prefetch.h"
 
 #if defined(__AVX2__)
 #include <immintrin.h>
@@ -90,11 +91,8 @@ void Run(const FieldView& v, int32_t w, uint32_t seed) {
     for (int32_t row = 0; row < v.rows; ++row) {
         const uint8_t* s = v.src + ptrdiff_t{row} * v.step;
         uint8_t* d = v.dst + ptrdiff_t{row} * v.step;
-        // The field's rows are two pitches apart, so the hardware does not
-        // see the next one coming; fetch it a row ahead (the last row
-        // fetches itself again).
-        const uint8_t* nextSrc = row + 1 < v.rows ? s + v.step : s;
-        const uint8_t* nextDst = row + 1 < v.rows ? d + v.step : d;
+        // The next row's lines, asked for as this one goes (zvf/row_prefetch.h).
+        const ptrdiff_t ahead = NextRowDistance(row, v.rows, v.step);
         stream.StartLine();
         const __m256i x1 = _mm256_set1_epi32(static_cast<int32_t>(chains.R1Start(stream)));
         const __m256i x2 = _mm256_set1_epi32(static_cast<int32_t>(chains.R2Start(stream)));
@@ -107,10 +105,8 @@ void Run(const FieldView& v, int32_t w, uint32_t seed) {
         int32_t i = 0;
         for (; i + kLanes <= v.pairs; i += kLanes) {
 #pragma GCC unroll 2
-            for (int32_t line = 0; line < 4 * kLanes; line += 64) {
-                _mm_prefetch(reinterpret_cast<const char*>(nextSrc + 4 * i + line), _MM_HINT_T0);
-                _mm_prefetch(reinterpret_cast<const char*>(nextDst + 4 * i + line), _MM_HINT_T0);
-            }
+            for (int32_t line = 0; line < 4 * kLanes; line += kPrefetchSpan)
+                PrefetchBelow(s + 4 * i + line, d + 4 * i + line, ahead);
 #pragma GCC unroll 8
             for (int32_t j = 0; j < kRegs; ++j) {
                 Mix8<kGray>(s + 4 * (i + 8 * j), d + 4 * (i + 8 * j), r1[j], r2[j], k);

@@ -9,10 +9,10 @@
 
 #include "video_noise_kernel.h"
 #include "video_noise_lanes.h"
+#include "zvf/row_prefetch.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
-#include <xmmintrin.h>
 #endif
 
 namespace zvf::filters {
@@ -95,11 +95,8 @@ void Run(const FieldView& v, int32_t w, uint32_t seed) {
     for (int32_t row = 0; row < v.rows; ++row) {
         const uint8_t* s = v.src + ptrdiff_t{row} * v.step;
         uint8_t* d = v.dst + ptrdiff_t{row} * v.step;
-        // The field's rows are two pitches apart, so the hardware does not
-        // see the next one coming; fetch it a row ahead (the last row
-        // fetches itself again).
-        const uint8_t* nextSrc = row + 1 < v.rows ? s + v.step : s;
-        const uint8_t* nextDst = row + 1 < v.rows ? d + v.step : d;
+        // The next row's lines, asked for as this one goes (zvf/row_prefetch.h).
+        const ptrdiff_t ahead = NextRowDistance(row, v.rows, v.step);
         stream.StartLine();
         __m128i r1[kRegs], r2[kRegs];
         StartLanes<kRegs>(chains.r1, chains.R1Start(stream), r1);
@@ -110,8 +107,7 @@ void Run(const FieldView& v, int32_t w, uint32_t seed) {
         }
         int32_t i = 0;
         for (; i + kLanes <= v.pairs; i += kLanes) {
-            _mm_prefetch(reinterpret_cast<const char*>(nextSrc + 4 * i), _MM_HINT_T0);
-            _mm_prefetch(reinterpret_cast<const char*>(nextDst + 4 * i), _MM_HINT_T0);
+            PrefetchBelow(s + 4 * i, d + 4 * i, ahead);
 #pragma GCC unroll 8
             for (int32_t j = 0; j < kRegs; ++j) {
                 Mix4<kGray>(s + 4 * (i + 4 * j), d + 4 * (i + 4 * j), r1[j], r2[j], k);
