@@ -5,6 +5,7 @@
 // scalar bytes exactly, and so must the in-place walk.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -128,6 +129,59 @@ TEST(MirrorSimd, SelectionFollowsTheLevel) {
     EXPECT_EQ(SelectReverseRow(SimdLevel::scalar), &ReverseRowScalar);
     EXPECT_EQ(SelectReverseRow(SimdLevel::sse2), &ReverseRowSse2);
     EXPECT_EQ(SelectReverseRow(SimdLevel::avx2), &ReverseRowAvx2);
+    EXPECT_EQ(SelectReverseRow(SimdLevel::scalar, true), &ReverseRowScalar);
+    EXPECT_EQ(SelectReverseRow(SimdLevel::sse2, true), &ReverseRowSse2Stream);
+    EXPECT_EQ(SelectReverseRow(SimdLevel::avx2, true), &ReverseRowAvx2Stream);
+}
+
+// The streaming rows at every start address of the destination (so every
+// number of pairs peeled before the first boundary, and starts off 4
+// bytes, which never stream) and every length, guards untouched.
+TEST(MirrorSimd, StreamingRowsMatchScalarAtEveryAlignment) {
+    for (SimdLevel level : LevelsAboveScalar()) {
+        const MirrorRowFn row = SelectReverseRow(level, true);
+        for (int32_t pairs = 1; pairs <= 90; ++pairs)
+            for (size_t offset = 0; offset < 36; ++offset) {
+                std::vector<uint8_t> src(size_t{4} * static_cast<size_t>(pairs));
+                uint32_t x = static_cast<uint32_t>(pairs * 41 + offset) | 1u;
+                for (uint8_t& b : src) b = static_cast<uint8_t>((x = x * 1103515245u + 12345u) >> 24);
+                // 64-byte aligned storage, so `offset` is the alignment.
+                alignas(64) uint8_t want[512], got[512];
+                std::fill(std::begin(want), std::end(want), kGuardByte);
+                std::fill(std::begin(got), std::end(got), kGuardByte);
+                ReverseRowScalar(want + offset, src.data(), pairs, src.data(), want + offset);
+                row(got + offset, src.data(), pairs, src.data(), got + offset);
+                EndStreamedRows();
+                ASSERT_TRUE(std::equal(std::begin(want), std::end(want), std::begin(got)))
+                    << SimdLevelName(level) << ": pairs " << pairs << " offset " << offset;
+            }
+    }
+}
+
+// A field large enough to stream, both flips (the even field keeps its
+// first row unreversed), against the scalar walk.
+TEST(MirrorSimd, LargeFieldsStreamTheSameBytes) {
+    constexpr int32_t kWidth = 2050, kRows = 2 * 1030 + 1;  // fields of 1031 and 1030 rows of 4100 bytes
+    const ptrdiff_t pitch = 2 * kWidth;
+    std::vector<uint8_t> src(static_cast<size_t>(pitch) * kRows);
+    uint32_t x = 99;
+    for (uint8_t& b : src) b = static_cast<uint8_t>((x = x * 1103515245u + 12345u) >> 24);
+    for (SimdLevel level : LevelsAboveScalar())
+        for (int32_t field : {0, 1}) {
+            FieldView v;
+            v.step = 2 * pitch;
+            v.rows = (kRows - field + 1) / 2;
+            v.pairs = kWidth / 2;
+            v.odd = field;
+            v.src = src.data() + field * pitch;
+            ASSERT_GE(size_t{4} * static_cast<size_t>(v.pairs) * static_cast<size_t>(v.rows), kStreamFieldBytes);
+            std::vector<uint8_t> want(src.size(), kGuardByte), got(src.size(), kGuardByte);
+            v.dst = want.data() + field * pitch;
+            MirrorField(v, true, true, SimdLevel::scalar);
+            v.dst = got.data() + field * pitch;
+            MirrorField(v, true, true, level);
+            ASSERT_TRUE(want == got) << SimdLevelName(level) << " field " << field;
+        }
 }
 
 }  // namespace

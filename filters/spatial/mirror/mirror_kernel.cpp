@@ -33,12 +33,13 @@ void ReverseRowScalar(uint8_t* dst, const uint8_t* src, int32_t pairs, const uin
     }
 }
 
-MirrorRowFn SelectReverseRow(SimdLevel level) {
+MirrorRowFn SelectReverseRow(SimdLevel level, bool stream) {
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
-    if (level >= SimdLevel::avx2) return ReverseRowAvx2;
-    if (level >= SimdLevel::sse2) return ReverseRowSse2;
+    if (level >= SimdLevel::avx2) return stream ? ReverseRowAvx2Stream : ReverseRowAvx2;
+    if (level >= SimdLevel::sse2) return stream ? ReverseRowSse2Stream : ReverseRowSse2;
 #else
     (void)level;
+    (void)stream;
 #endif
     return ReverseRowScalar;
 }
@@ -57,7 +58,8 @@ bool MirrorReversesRow(int32_t k, bool oddField, bool horizontal, bool vertical)
 void MirrorField(const FieldView& v, bool horizontal, bool vertical, SimdLevel level) {
     const bool odd = v.odd != 0;
     const size_t rowBytes = size_t{4} * static_cast<size_t>(v.pairs);
-    const MirrorRowFn reverse = SelectReverseRow(level);
+    const bool stream = level >= SimdLevel::sse2 && rowBytes * static_cast<size_t>(v.rows) >= kStreamFieldBytes;
+    const MirrorRowFn reverse = SelectReverseRow(level, stream);
     for (int32_t k = 0; k < v.rows; ++k) {
         uint8_t* dst = v.dst + k * v.step;
         const uint8_t* src = v.src + MirrorSourceRow(k, v.rows, odd, vertical) * v.step;
@@ -69,6 +71,9 @@ void MirrorField(const FieldView& v, bool horizontal, bool vertical, SimdLevel l
             std::memcpy(dst, src, rowBytes);
         }
     }
+#if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
+    if (stream) EndStreamedRows();
+#endif
 }
 
 void MirrorFieldInPlace(const FieldView& v, bool horizontal, bool vertical, SimdLevel level, uint8_t* row) {

@@ -34,12 +34,35 @@ void ReverseRowScalar(uint8_t* dst, const uint8_t* src, int32_t pairs, const uin
 // Twins of ReverseRowScalar, byte-identical to it; x86 only.
 void ReverseRowSse2(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst);
 void ReverseRowAvx2(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst);
-// The reversal at the fastest of the levels allowed.
-MirrorRowFn SelectReverseRow(SimdLevel level);
+// The same bytes again, most of them written around the cache (non-temporal
+// stores, from the destination's first 16- or 32-byte boundary on), for
+// fields too large for their source and destination both to stay in the
+// cache: the stores then need not read each line first. The caller ends a
+// field of them with EndStreamedRows before anything else may read it.
+void ReverseRowSse2Stream(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst);
+void ReverseRowAvx2Stream(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst);
+void EndStreamedRows();
+// Pairs before `dst` reaches a multiple of `boundary` bytes (at most
+// `pairs`); -1 when a pair never starts on one (dst not on 4 bytes).
+inline int32_t PairsToBoundary(const uint8_t* dst, uintptr_t boundary, int32_t pairs) {
+    const uintptr_t at = reinterpret_cast<uintptr_t>(dst);
+    if (at % 4 != 0) return -1;
+    const auto peel = static_cast<int32_t>(((boundary - at % boundary) % boundary) / 4);
+    return peel < pairs ? peel : pairs;
+}
+// A field's destination bytes from which MirrorField streams its reversed
+// rows: beyond a few MiB a frame's source and destination no longer both fit
+// the last-level cache of most processors (a 3840 x 2160 field is 8 MiB, a
+// 1920 x 1080 one 2 MiB).
+constexpr size_t kStreamFieldBytes = size_t{4} << 20;
+// The reversal at the fastest of the levels allowed, streaming or not (the
+// scalar one never streams).
+MirrorRowFn SelectReverseRow(SimdLevel level, bool stream = false);
 
 // Writes the view's rows: row mapping as above, reversed rows as above,
 // other rows copied. An odd trailing pixel and the other field's rows are
-// not written. Every level gives the same bytes.
+// not written. Every level gives the same bytes; fields of at least
+// kStreamFieldBytes stream their reversed rows.
 void MirrorField(const FieldView& v, bool horizontal, bool vertical, SimdLevel level = SimdLevel::scalar);
 
 // The same bytes when source and destination are one frame (v.src ==

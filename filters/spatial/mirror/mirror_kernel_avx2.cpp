@@ -1,7 +1,8 @@
 // Mirror's row reversal, eight pairs per 32 bytes: one byte shuffle reverses
 // the four pairs of each 128-bit half and exchanges their lumas, then the
 // halves trade places. Two of those per step; the SSE2 twin finishes the
-// row's last pairs.
+// row's last pairs. The streaming twin writes its whole steps with
+// non-temporal stores.
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
 #include <immintrin.h>
 
@@ -12,15 +13,15 @@ namespace zvf::filters {
 namespace {
 
 // Eight pairs reversed; inlined, so the shuffle order never crosses a call.
-__attribute__((always_inline)) inline void Eight(const uint8_t* from, uint8_t* to, const __m256i& order) {
+__attribute__((always_inline)) inline __m256i Eight(const uint8_t* from, const __m256i& order) {
     const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to),
-                        _mm256_permute4x64_epi64(_mm256_shuffle_epi8(x, order), _MM_SHUFFLE(1, 0, 3, 2)));
+    return _mm256_permute4x64_epi64(_mm256_shuffle_epi8(x, order), _MM_SHUFFLE(1, 0, 3, 2));
 }
 
-}  // namespace
-
-void ReverseRowAvx2(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst) {
+// kStream: whole steps written around the cache from a 32-byte boundary
+// of the destination on (the caller peels the pairs before it).
+template <bool kStream>
+void Reverse(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst) {
     // Destination pair p of a half takes source pair 3 - p as Y1 Cb Y0 Cr.
     const __m256i order = _mm256_setr_epi8(14, 13, 12, 15, 10, 9, 8, 11, 6, 5, 4, 7, 2, 1, 0, 3,  //
                                            14, 13, 12, 15, 10, 9, 8, 11, 6, 5, 4, 7, 2, 1, 0, 3);
@@ -34,18 +35,40 @@ void ReverseRowAvx2(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8
         s -= 64;
         PrefetchLine(s + srcAhead);
         PrefetchLine(s + 63 + srcAhead);
-        PrefetchLineForWrite(dst + dstAhead);
-        PrefetchLineForWrite(dst + 63 + dstAhead);
-        Eight(s + 32, dst, order);
-        Eight(s, dst + 32, order);
+        if constexpr (kStream) {
+            _mm256_stream_si256(reinterpret_cast<__m256i*>(dst), Eight(s + 32, order));
+            _mm256_stream_si256(reinterpret_cast<__m256i*>(dst + 32), Eight(s, order));
+        } else {
+            PrefetchLineForWrite(dst + dstAhead);
+            PrefetchLineForWrite(dst + 63 + dstAhead);
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst), Eight(s + 32, order));
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + 32), Eight(s, order));
+        }
     }
     if (j + 8 <= pairs) {
         s -= 32;
-        Eight(s, dst, order);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst), Eight(s, order));
         j += 8;
         dst += 32;
     }
     if (j < pairs) ReverseRowSse2(dst, src, pairs - j, src, dst);
+}
+
+}  // namespace
+
+void ReverseRowAvx2(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst) {
+    Reverse<false>(dst, src, pairs, nextSrc, nextDst);
+}
+
+void ReverseRowAvx2Stream(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst) {
+    const int32_t peel = PairsToBoundary(dst, 32, pairs);
+    if (peel < 0) {
+        Reverse<false>(dst, src, pairs, nextSrc, nextDst);
+        return;
+    }
+    // The first destination pairs take the last source pairs.
+    ReverseRowScalar(dst, src + 4 * static_cast<ptrdiff_t>(pairs - peel), peel, src, dst);
+    Reverse<true>(dst + 4 * peel, src, pairs - peel, nextSrc, nextDst + 4 * peel);
 }
 
 }  // namespace zvf::filters

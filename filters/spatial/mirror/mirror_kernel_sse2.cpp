@@ -2,7 +2,8 @@
 // reversed, and the lumas come from the same vector with every 16-bit word
 // reversed, which exchanges Y0 and Y1 inside each pair while the chroma
 // bytes stay where the dword reversal put them. Fewer than four pairs left
-// at the row's end go through the scalar twin.
+// at the row's end go through the scalar twin. The streaming twin writes
+// its whole steps with non-temporal stores.
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
 #include <emmintrin.h>
 
@@ -19,9 +20,10 @@ inline __m128i ReverseFour(__m128i x, __m128i lumaMask) {
     return _mm_or_si128(_mm_and_si128(words, lumaMask), _mm_andnot_si128(lumaMask, pairs));
 }
 
-}  // namespace
-
-void ReverseRowSse2(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst) {
+// kStream: whole steps written around the cache from a 16-byte boundary
+// of the destination on (the caller peels the pairs before it).
+template <bool kStream>
+void Reverse(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst) {
     const __m128i lumaMask = _mm_set1_epi32(0x00FF00FF);
     const uint8_t* s = src + 4 * static_cast<ptrdiff_t>(pairs);
     const ptrdiff_t srcAhead = nextSrc - src, dstAhead = nextDst - dst;
@@ -29,11 +31,16 @@ void ReverseRowSse2(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8
     for (; j + 8 <= pairs; j += 8, dst += 32) {
         s -= 32;
         PrefetchLine(s + srcAhead);
-        PrefetchLineForWrite(dst + dstAhead);
-        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 16));
-        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), ReverseFour(a, lumaMask));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 16), ReverseFour(b, lumaMask));
+        const __m128i a = ReverseFour(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 16)), lumaMask);
+        const __m128i b = ReverseFour(_mm_loadu_si128(reinterpret_cast<const __m128i*>(s)), lumaMask);
+        if constexpr (kStream) {
+            _mm_stream_si128(reinterpret_cast<__m128i*>(dst), a);
+            _mm_stream_si128(reinterpret_cast<__m128i*>(dst + 16), b);
+        } else {
+            PrefetchLineForWrite(dst + dstAhead);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), a);
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 16), b);
+        }
     }
     if (j + 4 <= pairs) {
         s -= 16;
@@ -45,6 +52,25 @@ void ReverseRowSse2(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8
     // The remaining destination pairs take the first source pairs.
     if (j < pairs) ReverseRowScalar(dst, src, pairs - j, src, dst);
 }
+
+}  // namespace
+
+void ReverseRowSse2(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst) {
+    Reverse<false>(dst, src, pairs, nextSrc, nextDst);
+}
+
+void ReverseRowSse2Stream(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst) {
+    const int32_t peel = PairsToBoundary(dst, 16, pairs);
+    if (peel < 0) {
+        Reverse<false>(dst, src, pairs, nextSrc, nextDst);
+        return;
+    }
+    // The first destination pairs take the last source pairs.
+    ReverseRowScalar(dst, src + 4 * static_cast<ptrdiff_t>(pairs - peel), peel, src, dst);
+    Reverse<true>(dst + 4 * peel, src, pairs - peel, nextSrc, nextDst + 4 * peel);
+}
+
+void EndStreamedRows() { _mm_sfence(); }
 
 }  // namespace zvf::filters
 #endif
