@@ -237,14 +237,20 @@ TEST(FieldScratch, PreparedFromTheLineLengthAndGrownOnDemand) {
 TEST(FieldScratch, StripWidthFollowsTheEntries) {
     struct Case {
         size_t entries;
-        int32_t rows, pairs, strip;
+        int32_t rows, pairs, widest, strip;
     };
+    // Strips narrower than the widest are whole multiples of 8 pairs from 8 on.
     const Case cases[] = {
-        {100, 10, 50, 10}, {100, 10, 101, 0},           {9, 10, 5, 0}, {10, 10, 5, 1},
-        {1000, 10, 5, 5},  {1000, 10, 40, kStripPairs}, {0, 0, 0, 0},
+        {100, 10, 50, kStripPairs, 8},      {70, 10, 50, kStripPairs, 7},
+        {100, 10, 101, kStripPairs, 0},     {9, 10, 5, kStripPairs, 0},
+        {10, 10, 5, kStripPairs, 1},        {1000, 10, 5, kStripPairs, 5},
+        {1000, 10, 40, kStripPairs, 16},    {0, 0, 0, kStripPairs, 0},
+        {30720, 1080, 1920, 32, 24},        {61440, 1080, 1920, 32, 32},
+        {1000, 10, 13, 32, 13},
     };
     for (const Case& c : cases)
-        EXPECT_EQ(StripPairs(c.entries, c.rows, c.pairs), c.strip) << c.entries << " " << c.rows << " " << c.pairs;
+        EXPECT_EQ(StripPairs(c.entries, c.rows, c.pairs, c.widest), c.strip)
+            << c.entries << " " << c.rows << " " << c.pairs << " " << c.widest;
 }
 
 // The host's redraw request needs a module; the dialog model is driven here

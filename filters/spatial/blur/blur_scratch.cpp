@@ -35,7 +35,11 @@ size_t FullScratchEntries(int32_t rows, int32_t pairs) {
 int32_t StripPairs(size_t entries, int32_t rows, int32_t pairs, int32_t widest) {
     if (rows <= 0 || pairs <= 0 || entries < MinScratchEntries(rows, pairs)) return 0;
     const size_t fit = entries / static_cast<size_t>(rows);
-    return static_cast<int32_t>(std::min<size_t>(fit, static_cast<size_t>(std::min(pairs, widest))));
+    const auto most = static_cast<size_t>(std::min(pairs, widest));
+    if (fit >= most) return static_cast<int32_t>(most);
+    // Narrower than the field: whole multiples of 8 pairs (32 bytes) where
+    // possible, so no strip leaves a remainder for narrower instructions.
+    return static_cast<int32_t>(fit >= 8 ? fit & ~size_t{7} : fit);
 }
 
 int32_t SimdStripPairs(size_t entries, int32_t rows, int32_t pairs) {

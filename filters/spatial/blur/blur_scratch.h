@@ -35,7 +35,8 @@ int32_t SimdStripPairs(size_t entries, int32_t rows, int32_t pairs);
 // Entries for full-width strips at every level.
 size_t FullScratchEntries(int32_t rows, int32_t pairs);
 // Pair columns per vertical strip, at most `widest`, that `entries` allow
-// with one entry per pair and row; 0 when fewer than MinScratchEntries.
+// with one entry per pair and row (a whole multiple of 8 when narrower than
+// that and at least 8); 0 when fewer than MinScratchEntries.
 int32_t StripPairs(size_t entries, int32_t rows, int32_t pairs, int32_t widest = kStripPairs);
 
 class FieldScratch {
