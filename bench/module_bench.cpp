@@ -90,6 +90,11 @@ void BM_Filter(benchmark::State& state, size_t index) {
     auto inst = Configure(index);
     Frame src(s.w, s.h), dst(s.w, s.h);
     FillPicture(src);
+    // A project of this frame size, as an editor previewing it would have.
+    zvf::FrameFormat format = Session().Module().Host().Options().projectFormat;
+    format.width = s.w;
+    format.height = s.h;
+    Session().Module().Host().SetProjectFormat(format);
     (*inst)->PrepareRender();
     uint32_t frame = 0;
     const double start = NowSeconds();

@@ -56,6 +56,10 @@ public:
     Status ZVF_CALL CreateObject(uint32_t a, uint32_t b, const Guid* iid, void** out) override;
 
     const HostOptions& Options() const { return options_; }
+    // The project format reported from now on, as an editor's project
+    // settings change between sequences (filters read it in PrepareRender).
+    // Not while a filter may be asking for it.
+    void SetProjectFormat(const FrameFormat& f) { options_.projectFormat = f; }
     FieldSyncState& Sync() { return sync_; }
 
     // Observations for tests.

@@ -4,7 +4,7 @@
 
 namespace zvf::cli {
 
-Chain::Chain(Session& session, const std::vector<std::string>& specs) {
+Chain::Chain(Session& session, const std::vector<std::string>& specs) : session_(session) {
     for (const std::string& text : specs) {
         size_t index = 0;
         Stage stage;
@@ -26,6 +26,12 @@ void Chain::Render(std::vector<uint8_t>* packed, int32_t width, int32_t height, 
                    uint32_t frameNumber) {
     if (!prepared_) {
         prepared_ = true;
+        // Filters that size buffers for the project's frames (the blurs)
+        // then size them for these.
+        FrameFormat format = session_.Module().Host().Options().projectFormat;
+        format.width = width;
+        format.height = height;
+        session_.Module().Host().SetProjectFormat(format);
         for (Stage& s : stages_) {
             const Status st = s.instance->Get()->PrepareRender();
             if (st != status::ok) throw CliError(kExitModule, s.name + ": PrepareRender failed with " + Hex(st));

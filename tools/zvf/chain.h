@@ -20,9 +20,10 @@ public:
     size_t Size() const { return stages_.size(); }
     // Values the module did not keep as given.
     const std::vector<std::string>& Notes() const { return notes_; }
-    // Renders one packed frame through every filter. Calls PrepareRender on
-    // each instance before the first frame. Throws CliError (module) when a
-    // filter answers with a failure; 0x80004001 says rendering is not built.
+    // Renders one packed frame through every filter. Before the first frame
+    // the host reports the frame's size as the project format and each
+    // instance gets PrepareRender. Throws CliError (module) when a filter
+    // answers with a failure; 0x80004001 says rendering is not built.
     void Render(std::vector<uint8_t>* packed, int32_t width, int32_t height, uint32_t property, uint32_t frameNumber);
 
 private:
@@ -30,6 +31,7 @@ private:
         std::string name;
         std::unique_ptr<host::Instance> instance;
     };
+    Session& session_;
     std::vector<Stage> stages_;
     std::vector<uint8_t> scratch_;
     std::vector<std::string> notes_;
