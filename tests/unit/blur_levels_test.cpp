@@ -124,7 +124,7 @@ TEST(BlurLevels, WideFieldsAreByteIdenticalToScalarAtEveryLevel) {
         // Narrow and tall with the fewest entries: room for one group of
         // eight rows at a time, the last group short.
         {14, 45, 10809, 0, Scratch::Min},   {15, 45, 31000, 4, Scratch::Odd},
-        // Tall fields, strips of 32, 24, 16 and 8 pairs: too many rows for
+        // Tall fields, strips of 24, 16 and 8 pairs: too many rows for
         // the vertical sweep to keep every row's 32-bit sums, so it keeps
         // the 16-bit states.
         {112, 900, 10809, 0, Scratch::Full}, {96, 1300, 31000, 4, Scratch::Full},

@@ -19,10 +19,12 @@ constexpr int32_t kStripPairs = 16;
 // a strip's state for a 2160-line frame (about half a megabyte) stays in the
 // second-level cache.
 constexpr int32_t kSimdStripPairs = 128;
-// Smooth Blur's SIMD versions sweep strips of this many pairs: 512 bytes of
-// scratch per row for 32-bit accumulators, 256 where the AVX2 one keeps
-// 16-bit states instead (tall fields).
-constexpr int32_t kWideStripPairs = 32;
+// Smooth Blur's SIMD versions sweep strips of this many pairs: 384 bytes of
+// scratch per row for 32-bit accumulators, 192 where the AVX2 one keeps
+// 16-bit states instead (tall fields). Three AVX2 steps of 32 bytes keep
+// their states in registers from row to row; a fourth measured slower (the
+// registers run out).
+constexpr int32_t kWideStripPairs = 24;
 constexpr size_t kLanes = 4;
 
 // Fewest entries a field of rows x pairs can be filtered with (the strip is

@@ -159,8 +159,8 @@ ZVF_INLINE void RowGroups(const __m256i& weights, const uint8_t* const (&s)[G][8
 // Keeping the 32-bit accumulators rather than the 16-bit states saves the
 // downward sweep a quarter of its vector work, but doubles the scratch a
 // strip sweeps twice. Measured, it pays while that scratch stays well inside
-// the second-level cache (a 540-row field, 270 KiB) and costs more than it
-// saves beyond (a 1080-row one, 540 KiB).
+// the second-level cache (a 540-row field of 128-byte strips, 270 KiB) and
+// costs more than it saves beyond (a 1080-row one, 540 KiB).
 constexpr int64_t kSumsBytes = 320 * 1024;
 
 // Every column of a strip 32 N bytes wide, the rows swept as in the scalar
@@ -264,11 +264,11 @@ void SmoothStripAvx2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes,
         // (32768 - a) x' + a p as multiply-adds of interleaved (x', p).
         const __m256i weights = _mm256_set1_epi32(
             static_cast<int32_t>((static_cast<uint32_t>(a) << 16) | static_cast<uint16_t>(32768 - a)));
-        // Up to four steps of 32 columns whose states stay in registers at a time.
-        const bool sums = static_cast<int64_t>(rows) * std::min(whole, 128) * 4 <= kSumsBytes;
-        for (int32_t c = 0; c < whole; c += 128) {
+        // Up to three steps of 32 columns whose states stay in registers at a time.
+        const bool sums = static_cast<int64_t>(rows) * std::min(whole, 96) * 4 <= kSumsBytes;
+        for (int32_t c = 0; c < whole; c += 96) {
             uint8_t* at = base + c;
-            switch (std::min(whole - c, 128) / 32 + (sums ? 4 : 0)) {
+            switch (std::min(whole - c, 96) / 32 + (sums ? 3 : 0)) {
                 case 1:
                     Strip<1, false>(weights, at, step, rows, up);
                     break;
@@ -279,19 +279,13 @@ void SmoothStripAvx2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes,
                     Strip<3, false>(weights, at, step, rows, up);
                     break;
                 case 4:
-                    Strip<4, false>(weights, at, step, rows, up);
-                    break;
-                case 5:
                     Strip<1, true>(weights, at, step, rows, up);
                     break;
-                case 6:
+                case 5:
                     Strip<2, true>(weights, at, step, rows, up);
                     break;
-                case 7:
-                    Strip<3, true>(weights, at, step, rows, up);
-                    break;
                 default:
-                    Strip<4, true>(weights, at, step, rows, up);
+                    Strip<3, true>(weights, at, step, rows, up);
                     break;
             }
         }
