@@ -33,6 +33,19 @@ void ReverseRowScalar(uint8_t* dst, const uint8_t* src, int32_t pairs, const uin
     }
 }
 
+bool PeelToBoundary(uint8_t*& dst, const uint8_t* src, int32_t& pairs, uint8_t*& nextDst, uintptr_t boundary) {
+    const uintptr_t at = reinterpret_cast<uintptr_t>(dst);
+    if (at % 4 != 0) return false;
+    const auto before = static_cast<int32_t>(((boundary - at % boundary) % boundary) / 4);
+    const int32_t peel = before < pairs ? before : pairs;
+    // The first destination pairs take the last source pairs.
+    ReverseRowScalar(dst, src + 4 * static_cast<ptrdiff_t>(pairs - peel), peel, src, dst);
+    dst += 4 * peel;
+    nextDst += 4 * peel;
+    pairs -= peel;
+    return true;
+}
+
 MirrorRowFn SelectReverseRow(SimdLevel level, bool stream) {
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
     if (level >= SimdLevel::avx2) return stream ? ReverseRowAvx2Stream : ReverseRowAvx2;

@@ -42,14 +42,11 @@ void ReverseRowAvx2(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8
 void ReverseRowSse2Stream(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst);
 void ReverseRowAvx2Stream(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst);
 void EndStreamedRows();
-// Pairs before `dst` reaches a multiple of `boundary` bytes (at most
-// `pairs`); -1 when a pair never starts on one (dst not on 4 bytes).
-inline int32_t PairsToBoundary(const uint8_t* dst, uintptr_t boundary, int32_t pairs) {
-    const uintptr_t at = reinterpret_cast<uintptr_t>(dst);
-    if (at % 4 != 0) return -1;
-    const auto peel = static_cast<int32_t>(((boundary - at % boundary) % boundary) / 4);
-    return peel < pairs ? peel : pairs;
-}
+// The streaming twins' start: the destination pairs before `dst` reaches a
+// multiple of `boundary` bytes go through the scalar row, and dst, pairs
+// and nextDst move on past them. False, having written nothing, when a pair
+// never starts on a boundary (dst not on 4 bytes).
+bool PeelToBoundary(uint8_t*& dst, const uint8_t* src, int32_t& pairs, uint8_t*& nextDst, uintptr_t boundary);
 // A field's destination bytes from which MirrorField streams its reversed
 // rows: beyond a few MiB a frame's source and destination no longer both fit
 // the last-level cache of most processors (a 3840 x 2160 field is 8 MiB, a

@@ -60,14 +60,10 @@ void ReverseRowSse2(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8
 }
 
 void ReverseRowSse2Stream(uint8_t* dst, const uint8_t* src, int32_t pairs, const uint8_t* nextSrc, uint8_t* nextDst) {
-    const int32_t peel = PairsToBoundary(dst, 16, pairs);
-    if (peel < 0) {
+    if (PeelToBoundary(dst, src, pairs, nextDst, 16))
+        Reverse<true>(dst, src, pairs, nextSrc, nextDst);
+    else
         Reverse<false>(dst, src, pairs, nextSrc, nextDst);
-        return;
-    }
-    // The first destination pairs take the last source pairs.
-    ReverseRowScalar(dst, src + 4 * static_cast<ptrdiff_t>(pairs - peel), peel, src, dst);
-    Reverse<true>(dst + 4 * peel, src, pairs - peel, nextSrc, nextDst + 4 * peel);
 }
 
 void EndStreamedRows() { _mm_sfence(); }
