@@ -2,11 +2,13 @@
 file(GLOB ZVF_INTERFACE_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/interfaces/src/*.cpp)
 file(GLOB_RECURSE ZVF_FILTER_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/filters/*.cpp)
 # Instruction-set variants are compiled with their own flags below.
-list(FILTER ZVF_FILTER_SOURCES EXCLUDE REGEX "_(sse2|avx2)\\.cpp$")
+list(FILTER ZVF_FILTER_SOURCES EXCLUDE REGEX "_(sse2|avx2|avx512)\\.cpp$")
 file(GLOB_RECURSE ZVF_SSE2_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/filters/*_sse2.cpp)
 file(GLOB_RECURSE ZVF_AVX2_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/filters/*_avx2.cpp)
+file(GLOB_RECURSE ZVF_AVX512_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/filters/*_avx512.cpp)
 set_source_files_properties(${ZVF_SSE2_SOURCES} PROPERTIES COMPILE_OPTIONS "-msse2")
 set_source_files_properties(${ZVF_AVX2_SOURCES} PROPERTIES COMPILE_OPTIONS "-mavx2")
+set_source_files_properties(${ZVF_AVX512_SOURCES} PROPERTIES COMPILE_OPTIONS "-mavx512f;-mavx512bw;-mavx512vbmi")
 
 set(ZVF_MODULE_SOURCES
   ${PROJECT_SOURCE_DIR}/module/core_loader.cpp
@@ -24,7 +26,7 @@ endif()
 
 # Everything but the exports, so tests can link kernels and objects directly.
 add_library(zvf_filters STATIC ${ZVF_INTERFACE_SOURCES} ${ZVF_FILTER_SOURCES} ${ZVF_SSE2_SOURCES}
-                               ${ZVF_AVX2_SOURCES} ${ZVF_MODULE_SOURCES})
+                               ${ZVF_AVX2_SOURCES} ${ZVF_AVX512_SOURCES} ${ZVF_MODULE_SOURCES})
 target_include_directories(zvf_filters PUBLIC ${PROJECT_SOURCE_DIR}/interfaces/include ${PROJECT_SOURCE_DIR}/module
                                               ${PROJECT_SOURCE_DIR}/filters ${PROJECT_SOURCE_DIR})
 if(WIN32)

@@ -17,6 +17,10 @@ uint32_t DetectProcessorFeatures() {
     if (__builtin_cpu_supports("ssse3")) f |= cpu::ssse3;
     if (__builtin_cpu_supports("sse4.1")) f |= cpu::sse41;
     if (__builtin_cpu_supports("avx2")) f |= cpu::avx2;
+    // The runtime's check includes the system's saving of the registers.
+    if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+        __builtin_cpu_supports("avx512vbmi"))
+        f |= cpu::avx512;
 #endif
     return f;
 }

@@ -9,7 +9,13 @@ namespace zvf {
 
 SimdLevel LevelFromFeatures(uint32_t features) {
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
-    if ((features & cpu::avx2) != 0 && (features & cpu::sse2) != 0) return SimdLevel::avx2;
+    const bool avx2 = (features & cpu::avx2) != 0 && (features & cpu::sse2) != 0;
+#if defined(__x86_64__) || defined(_M_X64)
+    // Its kernels keep more than eight 512-bit values live, which only the
+    // 64-bit register file holds.
+    if (avx2 && (features & cpu::avx512) != 0) return SimdLevel::avx512;
+#endif
+    if (avx2) return SimdLevel::avx2;
     if ((features & cpu::sse2) != 0) return SimdLevel::sse2;
 #else
     (void)features;
@@ -19,10 +25,11 @@ SimdLevel LevelFromFeatures(uint32_t features) {
 
 SimdLevel LevelCapFromEnvironment() {
     const char* cap = std::getenv("ZVF_SIMD");
-    if (cap == nullptr) return SimdLevel::avx2;
+    if (cap == nullptr) return SimdLevel::avx512;
     if (std::strcmp(cap, "scalar") == 0) return SimdLevel::scalar;
     if (std::strcmp(cap, "sse2") == 0) return SimdLevel::sse2;
-    return SimdLevel::avx2;
+    if (std::strcmp(cap, "avx2") == 0) return SimdLevel::avx2;
+    return SimdLevel::avx512;
 }
 
 SimdLevel ChooseSimdLevel(uint32_t features) {
@@ -35,6 +42,7 @@ const char* SimdLevelName(SimdLevel level) {
     switch (level) {
         case SimdLevel::sse2: return "sse2";
         case SimdLevel::avx2: return "avx2";
+        case SimdLevel::avx512: return "avx512";
         default: return "scalar";
     }
 }

@@ -37,6 +37,12 @@ protected:
 TEST_F(SimdLevelTest, FeaturesAndCapTakeTheLowerLevel) {
 #if defined(__x86_64__) || defined(__i386__)
     const uint32_t all = cpu::mmx | cpu::sse | cpu::sse2 | cpu::ssse3 | cpu::sse41 | cpu::avx2;
+    // AVX-512 kernels need the 64-bit register file.
+#if defined(__x86_64__)
+    const SimdLevel wide = SimdLevel::avx512;
+#else
+    const SimdLevel wide = SimdLevel::avx2;
+#endif
     struct Case {
         const char* cap;  // null: unset
         uint32_t features;
@@ -47,6 +53,11 @@ TEST_F(SimdLevelTest, FeaturesAndCapTakeTheLowerLevel) {
         {nullptr, 0, SimdLevel::scalar},          {"sse2", all, SimdLevel::sse2},
         {"scalar", all, SimdLevel::scalar},       {"avx2", cpu::sse2, SimdLevel::sse2},
         {"bogus", all, SimdLevel::avx2},          {"scalar", 0, SimdLevel::scalar},
+        {nullptr, all | cpu::avx512, wide},       {"avx512", all | cpu::avx512, wide},
+        {"avx2", all | cpu::avx512, SimdLevel::avx2},
+        {"sse2", all | cpu::avx512, SimdLevel::sse2},
+        {nullptr, cpu::sse2 | cpu::avx512, SimdLevel::sse2},  // AVX-512 without AVX2 is not either
+        {"bogus", all | cpu::avx512, wide},
     };
     for (const Case& c : cases) {
         SetCap(c.cap);

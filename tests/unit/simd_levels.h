@@ -1,5 +1,6 @@
 // The instruction-set levels above scalar that this processor runs, for the
-// differential tests that hold every twin against its scalar version.
+// differential tests that hold every twin against its scalar version. The
+// AVX-512 level has twins of a few kernels only; their tests ask for it.
 #pragma once
 
 #include <vector>
@@ -15,6 +16,11 @@ inline std::vector<SimdLevel> LevelsAboveScalar() {
     for (SimdLevel l : {SimdLevel::sse2, SimdLevel::avx2})
         if (l <= top) levels.push_back(l);
     return levels;
+}
+
+// Whether this processor runs `level`, for twins that exist at one level only.
+inline bool ProcessorRuns(SimdLevel level) {
+    return level <= LevelFromFeatures(host::DetectProcessorFeatures());
 }
 
 }  // namespace zvf::test
