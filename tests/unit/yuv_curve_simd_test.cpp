@@ -1,6 +1,7 @@
-// The SSE2 and AVX2 line kernels against their scalar twin, at every level
-// this processor has: every width, odd start addresses, random and extreme
-// terms (negative slopes included) and bytes, guard bytes untouched.
+// The SSE2 and AVX2 line kernels and the AVX-512 table kernel against their
+// scalar twins, at every level this processor has: every width, odd start
+// addresses, random and extreme terms, tables and bytes, guard bytes
+// untouched.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -39,6 +40,27 @@ Buffers Make(int width, int offset, std::mt19937& rng, bool extremes) {
 
 using test::LevelsAboveScalar;
 
+// Bytes outside the field's pairs that are no longer 0xA5.
+size_t GuardsTouched(const Buffers& b) {
+    size_t touched = 0;
+    const ptrdiff_t start = b.view.dst - b.dst.data();
+    for (size_t i = 0; i < b.dst.size(); ++i) {
+        const ptrdiff_t at = static_cast<ptrdiff_t>(i) - start;
+        const ptrdiff_t inRow = at % b.view.step;
+        const bool written = at >= 0 && at / b.view.step < kRows && inRow >= 0 && inRow < 4 * b.view.pairs;
+        touched += !written && b.dst[i] != 0xA5;
+    }
+    return touched;
+}
+
+// A copy of b whose view points into the copy's own buffers.
+Buffers Twin(const Buffers& b) {
+    Buffers t = b;
+    t.view.src = t.src.data() + (b.view.src - b.src.data());
+    t.view.dst = t.dst.data() + (b.view.dst - b.dst.data());
+    return t;
+}
+
 void CheckLineKernel(SimdLevel level) {
     std::mt19937 rng(2024);
     std::uniform_int_distribution<int> any16(-32768, 32767);
@@ -63,30 +85,58 @@ void CheckLineKernel(SimdLevel level) {
             for (int width = 2; width <= 130; ++width)
                 for (int offset : {0, 1, 3}) {
                     Buffers scalar = Make(width, offset, rng, extremes);
-                    Buffers simd = scalar;
-                    simd.view.src = simd.src.data() + (scalar.view.src - scalar.src.data());
-                    simd.view.dst = simd.dst.data() + (scalar.view.dst - scalar.dst.data());
+                    Buffers simd = Twin(scalar);
                     RenderCurveLines(scalar.view, terms, limited);
                     const auto twin = level == SimdLevel::avx2 ? RenderCurveLinesAvx2 : RenderCurveLinesSse2;
                     twin(simd.view, terms, limited);
                     ASSERT_EQ(simd.dst, scalar.dst) << SimdLevelName(level) << " trial " << trial << " width " << width
                                                     << " offset " << offset << " limited " << limited;
-                    // Guard bytes around each row's pairs stay as they were.
-                    size_t touched = 0;
-                    for (size_t i = 0; i < scalar.dst.size(); ++i) {
-                        const ptrdiff_t at = static_cast<ptrdiff_t>(i) - (scalar.view.dst - scalar.dst.data());
-                        const ptrdiff_t inRow = at % scalar.view.step;
-                        const bool written = at >= 0 && at / scalar.view.step < kRows && inRow >= 0 &&
-                                             inRow < 4 * scalar.view.pairs;
-                        touched += !written && scalar.dst[i] != 0xA5;
-                    }
-                    ASSERT_EQ(touched, 0u) << "width " << width << " offset " << offset;
+                    ASSERT_EQ(GuardsTouched(scalar), 0u) << "width " << width << " offset " << offset;
                 }
     }
 }
 
 TEST(YuvCurveSimd, LineKernelMatchesScalarByteForByteAtEveryLevel) {
     for (SimdLevel level : LevelsAboveScalar()) CheckLineKernel(level);
+}
+
+// Tables that reach every half of every table and both ends of the range.
+void FillTables(int trial, std::mt19937& rng, uint8_t (&tables)[3][256]) {
+    for (int c = 0; c < 3; ++c)
+        for (int x = 0; x < 256; ++x) {
+            switch (trial % 4) {
+                case 0: tables[c][x] = static_cast<uint8_t>(rng()); break;
+                case 1: tables[c][x] = static_cast<uint8_t>(255 - x); break;  // each entry its own
+                case 2: tables[c][x] = rng() % 2 ? 255 : 0; break;
+                default: tables[c][x] = static_cast<uint8_t>(x * 7 + 50 * c); break;
+            }
+        }
+}
+
+TEST(YuvCurveSimd, TableKernelMatchesScalarByteForByte) {
+    if (!test::ProcessorRuns(SimdLevel::avx512)) GTEST_SKIP() << "no AVX-512 VBMI on this processor";
+    std::mt19937 rng(77);
+    uint8_t tables[3][256];
+    for (int trial = 0; trial < 8; ++trial) {
+        FillTables(trial, rng, tables);
+        for (int width = 2; width <= 130; ++width)
+            for (int offset : {0, 1, 3}) {
+                Buffers scalar = Make(width, offset, rng, trial % 4 == 2);
+                Buffers simd = Twin(scalar);
+                RenderCurveTables(scalar.view, tables);
+                RenderCurveTablesAvx512(simd.view, tables);
+                ASSERT_EQ(simd.dst, scalar.dst) << "trial " << trial << " width " << width << " offset " << offset;
+                ASSERT_EQ(GuardsTouched(scalar), 0u) << "width " << width << " offset " << offset;
+                // In place: the source rows become the result.
+                Buffers inPlace = Twin(scalar);
+                inPlace.view.dst = const_cast<uint8_t*>(inPlace.view.src);
+                RenderCurveTablesAvx512(inPlace.view, tables);
+                Buffers expected = Twin(scalar);
+                expected.view.dst = const_cast<uint8_t*>(expected.view.src);
+                RenderCurveTables(expected.view, tables);
+                ASSERT_EQ(inPlace.src, expected.src) << "in place, width " << width << " offset " << offset;
+            }
+    }
 }
 
 }  // namespace

@@ -73,7 +73,10 @@ void RenderCurveLines(const FieldView& v, const LineTerms (&terms)[3], bool limi
 void RenderCurve(const FieldView& v, const CurveSnapshot& s, SimdLevel level) {
     const CurveKernel kernel = ChooseCurveKernel(s);
     if (kernel == CurveKernel::Table) {
-        RenderCurveTables(v, s.fixed.table);
+        if (level >= SimdLevel::avx512)
+            RenderCurveTablesAvx512(v, s.fixed.table);
+        else
+            RenderCurveTables(v, s.fixed.table);
         return;
     }
     const LineTerms terms[3] = {LineTermsOf(s.ends[0][0], s.ends[0][1]), LineTermsOf(s.ends[1][0], s.ends[1][1]),

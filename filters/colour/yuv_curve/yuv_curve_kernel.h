@@ -33,6 +33,9 @@ LineTerms LineTermsOf(CurvePoint a, CurvePoint b);
 
 // Each byte through its component's table.
 void RenderCurveTables(const FieldView& v, const uint8_t (&tables)[3][256]);
+// The same bytes with AVX-512 (F, BW, VBMI) on x86-64, bit-exact with
+// RenderCurveTables on every input; elsewhere RenderCurveTables itself.
+void RenderCurveTablesAvx512(const FieldView& v, const uint8_t (&tables)[3][256]);
 // Each byte x becomes clamp(((x slope) >> 8) + intercept, 0, 255), then
 // 16..235 (Y) or 16..240 (U, V) when limited.
 void RenderCurveLines(const FieldView& v, const LineTerms (&terms)[3], bool limited);
