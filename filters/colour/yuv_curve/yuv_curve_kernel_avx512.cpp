@@ -11,7 +11,7 @@
 #include "yuv_curve_kernel.h"
 
 #if defined(__x86_64__) || defined(_M_X64)
-#include <immintrin.h>
+#include "zvf/avx512.h"
 
 #include "zvf/row_prefetch.h"
 
