@@ -174,6 +174,12 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
     };
 }
 
+// Kernels with a twin at the AVX-512 level; the others would only repeat
+// their AVX2 times there.
+bool HasAvx512Twin(const std::string& name) {
+    return name == "YUV Curve tables" || name == "Smooth Blur" || name == "Video Noise";
+}
+
 // Processor time of this (single-threaded) process, so the ratios hold up
 // while other work shares the machine.
 double NowMs() { return 1000.0 * static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
@@ -244,11 +250,10 @@ int main(int argc, char** argv) {
         benchmark::RegisterBenchmark((std::string("field copy/") + s.name).c_str(), BM_FieldCopy, s)
             ->Unit(benchmark::kMillisecond);
         // Every level up to the processor's; a kernel without a twin at a
-        // level runs the highest one it has below it. Only YUV Curve's
-        // tables have an AVX-512 twin.
+        // level runs the highest one it has below it.
         for (const auto& [name, kernel] : Kernels()) {
             for (SimdLevel level : {SimdLevel::scalar, SimdLevel::sse2, SimdLevel::avx2, SimdLevel::avx512}) {
-                if (level > best || (level == SimdLevel::avx512 && name != "YUV Curve tables")) break;
+                if (level > best || (level == SimdLevel::avx512 && !HasAvx512Twin(name))) break;
                 const std::string label = name + "/" + s.name + "/" + SimdLevelName(level);
                 benchmark::RegisterBenchmark(label.c_str(), BM_Kernel, s, kernel, level)->Unit(benchmark::kMillisecond);
             }

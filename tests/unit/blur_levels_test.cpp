@@ -3,7 +3,7 @@
 // run short), every width from 2 to 130 pixels at odd offsets, scratch from
 // the fewest entries to full strips, in place and not, random and extreme
 // pictures and weights, guard bytes around the rectangle untouched; and the
-// AVX2 vertical passes on every strip width directly.
+// AVX2 and AVX-512 vertical passes on every strip width directly.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -26,6 +26,7 @@ std::vector<SimdLevel> Levels() {
     std::vector<SimdLevel> levels;
     if (best >= SimdLevel::sse2) levels.push_back(SimdLevel::sse2);
     if (best >= SimdLevel::avx2) levels.push_back(SimdLevel::avx2);
+    if (best >= SimdLevel::avx512) levels.push_back(SimdLevel::avx512);  // Smooth Blur's passes
     return levels;
 }
 
@@ -129,6 +130,10 @@ TEST(BlurLevels, WideFieldsAreByteIdenticalToScalarAtEveryLevel) {
         // the 16-bit states.
         {112, 900, 10809, 0, Scratch::Full}, {96, 1300, 31000, 4, Scratch::Full},
         {80, 2600, 2048, 3, Scratch::Full},
+        // The AVX-512 vertical pass: strips of 48 pairs (three steps) with
+        // 16-bit states, of 32 (two) with 32-bit sums, and of 16 (one).
+        {200, 900, 10809, 0, Scratch::Full}, {130, 300, 31000, 4, Scratch::Full},
+        {66, 1300, 20642, 0, Scratch::Full},
     };
     std::mt19937 rng(23);
     for (SimdLevel level : Levels())
@@ -149,8 +154,9 @@ TEST(BlurLevels, WideFieldsAreByteIdenticalToScalarAtEveryLevel) {
             }
 }
 
-TEST(BlurLevels, Avx2StripsMatchScalarOnEveryStripWidth) {
-    if (LevelFromFeatures(host::DetectProcessorFeatures()) < SimdLevel::avx2) GTEST_SKIP() << "no AVX2";
+TEST(BlurLevels, Avx2AndAvx512StripsMatchScalarOnEveryStripWidth) {
+    const SimdLevel best = LevelFromFeatures(host::DetectProcessorFeatures());
+    if (best < SimdLevel::avx2) GTEST_SKIP() << "no AVX2";
     std::mt19937 rng(17);
     for (int32_t lanes = 4; lanes <= 4 * 66; lanes += 4) {
         for (int32_t rows : {1, 2, 3, 18}) {
@@ -170,16 +176,27 @@ TEST(BlurLevels, Avx2StripsMatchScalarOnEveryStripWidth) {
                 BlurStripAvx2(src.data() + 1, avx2.data() + 1, step, rows, lanes, a,
                               reinterpret_cast<int32_t*>(bytes.data()));
                 ASSERT_EQ(avx2, scalar) << "lanes " << lanes << " rows " << rows << " weight " << a;
-                if (lanes > 4 * kWideStripPairs) continue;
-                // The scalar pass in pieces of kStripPairs pairs, the SIMD one with
+                if (lanes > 4 * kWide512StripPairs) continue;
+                // The scalar pass in pieces of kStripPairs pairs, the SIMD ones with
                 // one entry per pair and row.
                 std::vector<int32_t> smoothUp(static_cast<size_t>(rows) * lanes);
-                std::vector<uint8_t> smoothScalar = src, smoothAvx2 = src;
+                std::vector<uint8_t> smoothScalar = src;
                 for (int32_t c = 0; c < lanes; c += 4 * kStripPairs)
                     SmoothStripScalar(smoothScalar.data() + 1 + c, step, rows, std::min(4 * kStripPairs, lanes - c), a,
                                       smoothUp.data());
-                SmoothStripAvx2(smoothAvx2.data() + 1, step, rows, lanes, a, smoothUp.data());
-                ASSERT_EQ(smoothAvx2, smoothScalar) << "smooth lanes " << lanes << " rows " << rows << " weight " << a;
+                const struct {
+                    SmoothStripFn run;
+                    SimdLevel level;
+                    int32_t widest;
+                } twins[] = {{SmoothStripAvx2, SimdLevel::avx2, kWideStripPairs},
+                             {SmoothStripAvx512, SimdLevel::avx512, kWide512StripPairs}};
+                for (const auto& twin : twins) {
+                    if (twin.level > best || lanes > 4 * twin.widest) continue;
+                    std::vector<uint8_t> smooth = src;
+                    twin.run(smooth.data() + 1, step, rows, lanes, a, smoothUp.data());
+                    ASSERT_EQ(smooth, smoothScalar) << "smooth " << SimdLevelName(twin.level) << " lanes " << lanes
+                                                    << " rows " << rows << " weight " << a;
+                }
             }
         }
     }

@@ -25,6 +25,8 @@ constexpr int32_t kSimdStripPairs = 128;
 // their states in registers from row to row; a fourth measured slower (the
 // registers run out).
 constexpr int32_t kWideStripPairs = 24;
+// The same for the AVX-512 versions: three steps of 64 bytes.
+constexpr int32_t kWide512StripPairs = 48;
 constexpr size_t kLanes = 4;
 
 // Fewest entries a field of rows x pairs can be filtered with (the strip is

@@ -66,11 +66,18 @@ void SmoothStripScalar(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lane
 bool SmoothBlurField(const FieldView& v, int32_t a, std::span<int32_t> scratch, SimdLevel level) {
     if (v.rows <= 0 || v.pairs <= 0) return true;
     const bool sse2 = level >= SimdLevel::sse2;
-    const int32_t strip = StripPairs(scratch.size() / kLanes, v.rows, v.pairs, sse2 ? kWideStripPairs : kStripPairs);
+    const bool avx512 = level >= SimdLevel::avx512;
+    const int32_t widest = avx512 ? kWide512StripPairs : sse2 ? kWideStripPairs : kStripPairs;
+    const int32_t strip = StripPairs(scratch.size() / kLanes, v.rows, v.pairs, widest);
     if (strip == 0) return false;
-    (level >= SimdLevel::avx2 ? SmoothRowsAvx2 : sse2 ? SmoothRowsSse2 : SmoothRowsScalar)(v, a, scratch);
-    const SmoothStripFn vertical =
-        level >= SimdLevel::avx2 ? SmoothStripAvx2 : sse2 ? SmoothStripSse2 : SmoothStripScalar;
+    (avx512                        ? SmoothRowsAvx512
+     : level >= SimdLevel::avx2    ? SmoothRowsAvx2
+     : sse2                        ? SmoothRowsSse2
+                                   : SmoothRowsScalar)(v, a, scratch);
+    const SmoothStripFn vertical = avx512                       ? SmoothStripAvx512
+                                   : level >= SimdLevel::avx2   ? SmoothStripAvx2
+                                   : sse2                       ? SmoothStripSse2
+                                                                : SmoothStripScalar;
     for (int32_t c = 0; c < v.pairs; c += strip) {
         const int32_t width = std::min(strip, v.pairs - c);
         vertical(v.dst + 4 * c, v.step, v.rows, 4 * width, a, scratch.data());

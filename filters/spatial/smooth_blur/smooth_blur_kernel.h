@@ -54,6 +54,11 @@ void SmoothRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 // lanes, eight when it holds 24 * v.pairs (otherwise the SSE2 pass);
 // bit-exact with SmoothRowsScalar.
 void SmoothRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
+// Sixteen rows per register, 32 rows at once when `fwd` holds 96 * v.pairs
+// lanes, sixteen when it holds 48 * v.pairs (otherwise the AVX2 pass);
+// AVX-512 F and BW on x86-64, elsewhere the AVX2 pass; bit-exact with
+// SmoothRowsScalar.
+void SmoothRowsAvx512(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 
 // The vertical pass over one strip of `lanes` byte columns (a multiple of 4)
 // and `rows` rows `step` bytes apart, in place: a bottom-up recursion whose
@@ -67,5 +72,9 @@ void SmoothStripSse2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes,
 // 32 columns at a time, for strips of up to kWideStripPairs pairs; bit-exact
 // with SmoothStripScalar.
 void SmoothStripAvx2(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
+// 64 columns at a time, for strips of up to kWide512StripPairs pairs;
+// AVX-512 F and BW on x86-64, elsewhere the AVX2 pass; bit-exact with
+// SmoothStripScalar.
+void SmoothStripAvx512(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up);
 
 }  // namespace zvf::filters
