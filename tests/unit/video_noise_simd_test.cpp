@@ -26,7 +26,7 @@ struct Twin {
 std::vector<Twin> TwinsAboveScalar() {
     const SimdLevel top = LevelFromFeatures(host::DetectProcessorFeatures());
     std::vector<Twin> twins;
-    for (SimdLevel l : {SimdLevel::sse2, SimdLevel::avx2})
+    for (SimdLevel l : {SimdLevel::sse2, SimdLevel::avx2, SimdLevel::avx512})
         if (l <= top) twins.push_back({l, SelectNoiseKernel(l)});
     return twins;
 }

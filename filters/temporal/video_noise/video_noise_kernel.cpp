@@ -58,6 +58,7 @@ void AddNoiseField(const FieldView& v, int32_t weight, bool grayscale, uint32_t 
 
 NoiseKernel SelectNoiseKernel(SimdLevel level) {
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
+    if (level >= SimdLevel::avx512) return AddNoiseFieldAvx512;
     if (level >= SimdLevel::avx2) return AddNoiseFieldAvx2;
     if (level >= SimdLevel::sse2) return AddNoiseFieldSse2;
 #else

@@ -125,6 +125,9 @@ void AddNoiseField(const FieldView& v, int32_t weight, bool grayscale, uint32_t 
 void AddNoiseFieldSse2(const FieldView& v, int32_t weight, bool grayscale, uint32_t seed);
 // AVX2 twin, bit-exact likewise. Runs the SSE2 version on builds without AVX2.
 void AddNoiseFieldAvx2(const FieldView& v, int32_t weight, bool grayscale, uint32_t seed);
+// AVX-512 (F, BW) twin, bit-exact likewise. Runs the AVX2 version on builds
+// other than x86-64.
+void AddNoiseFieldAvx512(const FieldView& v, int32_t weight, bool grayscale, uint32_t seed);
 
 using NoiseKernel = void (*)(const FieldView& v, int32_t weight, bool grayscale, uint32_t seed);
 // The fastest twin the level allows; the scalar one at SimdLevel::scalar.
