@@ -94,6 +94,13 @@ ColorWheelRecord ThirdTurn() {
     return r;
 }
 
+// Normalised by 9: coefficients of 455, too wide for the 16-bit products.
+MatrixRecord Box() {
+    MatrixRecord r;
+    for (int32_t& k : r.kernel) k = 1;
+    return r;
+}
+
 MatrixRecord Sharpen() {
     MatrixRecord r;
     const int32_t k[9] = {0, -1, 0, -1, 5, -1, 0, -1, 0};
@@ -132,6 +139,8 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
          }},
         {"Matrix",
          [c = DeriveMatrixCoefficients(Sharpen())](Frames&, FieldView& v, SimdLevel l) { ConvolveMatrixField(v, c, l); }},
+        {"Matrix box",
+         [c = DeriveMatrixCoefficients(Box())](Frames&, FieldView& v, SimdLevel l) { ConvolveMatrixField(v, c, l); }},
         {"Anti Flicker",
          [](Frames& f, FieldView& v, SimdLevel l) {
              // The other parity's rows of the same source as the neighbours.
@@ -177,7 +186,7 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
 // Kernels with a twin at the AVX-512 level; the others would only repeat
 // their AVX2 times there.
 bool HasAvx512Twin(const std::string& name) {
-    return name == "YUV Curve tables" || name == "Smooth Blur" || name == "Video Noise";
+    return name == "YUV Curve tables" || name == "Smooth Blur" || name == "Video Noise" || name.starts_with("Matrix");
 }
 
 // Processor time of this (single-threaded) process, so the ratios hold up

@@ -32,6 +32,7 @@ std::vector<Level> Levels() {
     std::vector<Level> levels;
     if (best >= SimdLevel::sse2) levels.push_back({SimdLevel::sse2, MatrixLineSse2});
     if (best >= SimdLevel::avx2) levels.push_back({SimdLevel::avx2, MatrixLineAvx2});
+    if (best >= SimdLevel::avx512) levels.push_back({SimdLevel::avx512, MatrixLineAvx512});
     return levels;
 }
 

@@ -116,15 +116,18 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
     // The first output line uses field lines 0, 1 and 2, as the second does.
     for (int i = 0; i < 3; ++i) loader.Load(buf[i], i);
 
-    // Which AVX2 path a kernel takes is worked out once here, not for every line.
+    // Which AVX2 or AVX-512 path a kernel takes is worked out once here, not
+    // for every line.
     MatrixNarrow narrow;
     if (level >= SimdLevel::avx2 && NarrowMatrix(c, &narrow)) {
+        const bool avx512 = level >= SimdLevel::avx512;
         ConvolveLines(v, loader, buf, [&](const uint8_t* const (&lines)[3], uint8_t* out) {
-            MatrixNarrowLineAvx2(lines, out, 0, bytes, c, narrow);
+            (avx512 ? MatrixNarrowLineAvx512 : MatrixNarrowLineAvx2)(lines, out, 0, bytes, c, narrow);
         });
         return true;
     }
-    const MatrixLineFn line = level >= SimdLevel::avx2   ? MatrixWideLineAvx2
+    const MatrixLineFn line = level >= SimdLevel::avx512 ? MatrixWideLineAvx512
+                              : level >= SimdLevel::avx2 ? MatrixWideLineAvx2
                               : level >= SimdLevel::sse2 ? MatrixLineSse2
                                                          : MatrixLine;
     ConvolveLines(v, loader, buf,

@@ -1,0 +1,192 @@
+// AVX-512 (BW) twin of Matrix's line kernel: the AVX2 loops on sixteen
+// pairs (64 output bytes) per step, both the 16-bit loop of kernels with a
+// narrow form and the 32-bit one of the others; the shorter rest goes to the
+// AVX2 loops. Every shuffle, unpack and pack works inside 128-bit lanes,
+// each holding four whole pairs, exactly as in the AVX2 loops, so the bytes
+// come out in order. Helpers are forced inline: 512-bit values are never
+// passed to a call (the Windows stack is only 16-byte aligned).
+#include "matrix_kernel.h"
+
+#if defined(__x86_64__) || defined(_M_X64)
+#include "zvf/avx512.h"
+
+namespace zvf::filters {
+namespace {
+
+__attribute__((always_inline)) inline __m512i Load(const uint8_t* p) { return _mm512_loadu_si512(p); }
+
+// Byte shuffle of a 16-byte window starting 4 bytes before eight outputs:
+// output j's left and right taps side by side (see the AVX2 loop).
+alignas(16) constexpr int8_t kLeftRight[16] = {2, 6, 1, 9, 4, 8, 3, 11, 6, 10, 5, 13, 8, 12, 7, 15};
+
+__attribute__((always_inline)) inline __m512i Pair(int32_t first, int32_t second) {
+    const auto low = static_cast<uint16_t>(static_cast<uint8_t>(first));
+    const auto high = static_cast<uint16_t>(static_cast<uint8_t>(second) << 8);
+    return _mm512_set1_epi16(static_cast<int16_t>(low | high));
+}
+
+// Whole steps of 64 output bytes from the narrow form; returns where it
+// stopped. Loads 4 bytes before and after the step serve the first and the
+// second eight outputs of each 128-bit lane (see the AVX2 loop).
+template <bool kShifted>
+ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                      const MatrixNarrow& n, bool normalize) {
+    const __m512i leftRight = _mm512_broadcast_i32x4(_mm_loadu_si128(reinterpret_cast<const __m128i*>(kLeftRight)));
+    __m512i sideWeights[3];
+    bool sides[3];
+    for (int r = 0; r < 3; ++r) {
+        sideWeights[r] = Pair(n.weights[r][0], n.weights[r][2]);
+        sides[r] = n.weights[r][0] != 0 || n.weights[r][2] != 0;
+    }
+    const __m512i outerCentres = Pair(n.weights[0][1], n.weights[2][1]);
+    const __m512i middleCentre = Pair(n.weights[1][1], 0);
+    const bool outer = n.weights[0][1] != 0 || n.weights[2][1] != 0;
+    const bool middle = n.weights[1][1] != 0;
+    const __m512i chromaWords = _mm512_set1_epi32(static_cast<int32_t>(0xFFFF0000u));
+    const int32_t start = n.chromaBias + (kShifted ? 0 : 128);
+    const __m512i bias = _mm512_and_si512(_mm512_set1_epi16(static_cast<int16_t>(start)), chromaWords);
+    const __m512i back = _mm512_and_si512(_mm512_set1_epi16(128), chromaWords);
+    const __m512i cap = normalize ? _mm512_or_si512(_mm512_set1_epi32(255), chromaWords) : _mm512_set1_epi8(-1);
+    const __m128i shift = _mm_cvtsi32_si128(n.shift);
+    const __m512i zero = _mm512_setzero_si512();
+    ptrdiff_t o = from;
+    for (; o + 64 <= to; o += 64) {
+        // No sum leaves 16 bits: the narrow form bounds them all.
+        __m512i lo = bias, hi = bias;
+        for (int r = 0; r < 3; ++r) {
+            if (!sides[r]) continue;
+            const __m512i a = _mm512_shuffle_epi8(Load(lines[r] + o - 4), leftRight);
+            const __m512i b = _mm512_shuffle_epi8(Load(lines[r] + o + 4), leftRight);
+            lo = _mm512_add_epi16(lo, _mm512_maddubs_epi16(a, sideWeights[r]));
+            hi = _mm512_add_epi16(hi, _mm512_maddubs_epi16(b, sideWeights[r]));
+        }
+        if (outer) {
+            const __m512i above = Load(lines[0] + o), below = Load(lines[2] + o);
+            lo = _mm512_add_epi16(lo, _mm512_maddubs_epi16(_mm512_unpacklo_epi8(above, below), outerCentres));
+            hi = _mm512_add_epi16(hi, _mm512_maddubs_epi16(_mm512_unpackhi_epi8(above, below), outerCentres));
+        }
+        if (middle) {
+            const __m512i same = Load(lines[1] + o);
+            lo = _mm512_add_epi16(lo, _mm512_maddubs_epi16(_mm512_unpacklo_epi8(same, zero), middleCentre));
+            hi = _mm512_add_epi16(hi, _mm512_maddubs_epi16(_mm512_unpackhi_epi8(same, zero), middleCentre));
+        }
+        if (kShifted) {
+            lo = _mm512_add_epi16(_mm512_min_epu16(_mm512_sra_epi16(lo, shift), cap), back);
+            hi = _mm512_add_epi16(_mm512_min_epu16(_mm512_sra_epi16(hi, shift), cap), back);
+        } else {
+            lo = _mm512_min_epu16(lo, cap);
+            hi = _mm512_min_epu16(hi, cap);
+        }
+        _mm512_storeu_si512(out + o, _mm512_packus_epi16(lo, hi));
+    }
+    return o;
+}
+
+}  // namespace
+
+void MatrixNarrowLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                            const MatrixCoefficients& c, const MatrixNarrow& narrow) {
+    const bool normalize = c.normalize != 0;
+    const ptrdiff_t o = narrow.shift != 0 ? NarrowSteps<true>(lines, out, from, to, narrow, normalize)
+                                          : NarrowSteps<false>(lines, out, from, to, narrow, normalize);
+    if (o < to) MatrixNarrowLineAvx2(lines, out, o, to, c, narrow);
+}
+
+void MatrixLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                      const MatrixCoefficients& c) {
+    MatrixNarrow narrow;
+    if (NarrowMatrix(c, &narrow))
+        MatrixNarrowLineAvx512(lines, out, from, to, c, narrow);
+    else
+        MatrixWideLineAvx512(lines, out, from, to, c);
+}
+
+void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                          const MatrixCoefficients& c) {
+    const __m512i lowBytes = _mm512_set1_epi32(0x00FF00FF);  // byte 0 and byte 2 as 16-bit halves
+    const __m512i byte2 = _mm512_set1_epi32(0x00FF0000);
+    const __m512i byte0 = _mm512_set1_epi32(0x000000FF);
+    __m512i leftCentre[3];
+    __m512i rightHigh[3];  // right coefficient in the upper half
+    __m512i rightLow[3];   // right coefficient in the lower half
+    int32_t total = 0;
+    for (int r = 0; r < 3; ++r) {
+        const auto c0 = static_cast<uint16_t>(c.rows[r][0]);
+        const auto c1 = static_cast<uint16_t>(c.rows[r][1]);
+        const auto c2 = static_cast<uint16_t>(c.rows[r][2]);
+        leftCentre[r] = _mm512_set1_epi32(static_cast<int32_t>((uint32_t{c1} << 16) | c0));
+        rightHigh[r] = _mm512_set1_epi32(static_cast<int32_t>(uint32_t{c2} << 16));
+        rightLow[r] = _mm512_set1_epi32(c2);
+        total += c.rows[r][0] + c.rows[r][1] + c.rows[r][2];
+    }
+    const __m512i centring = _mm512_set1_epi32(-128 * total);
+    const __m512i back = _mm512_set1_epi32(128);
+    const bool normalize = c.normalize != 0;
+    ptrdiff_t o = from;
+    for (; o + 64 <= to; o += 64) {
+        __m512i y0 = _mm512_setzero_si512(), cb = y0, y1 = y0, cr = y0;
+        for (int r = 0; r < 3; ++r) {
+            const uint8_t* l = lines[r] + o;
+            const __m512i w4 = Load(l - 4);  // lane m: Y0 Cb Y1 Cr of pair m - 1
+            const __m512i w2 = Load(l - 2);  // Y1 Cr of pair m - 1, Y0 Cb of pair m
+            const __m512i s = Load(l);       // pair m
+            const __m512i e2 = Load(l + 2);  // Y1 Cr of pair m, Y0 Cb of pair m + 1
+            const __m512i e4 = Load(l + 4);  // pair m + 1
+            y0 = _mm512_add_epi32(y0, _mm512_madd_epi16(_mm512_and_si512(w2, lowBytes), leftCentre[r]));
+            y0 = _mm512_add_epi32(y0, _mm512_madd_epi16(_mm512_and_si512(s, byte2), rightHigh[r]));
+            y1 = _mm512_add_epi32(y1, _mm512_madd_epi16(_mm512_and_si512(s, lowBytes), leftCentre[r]));
+            y1 = _mm512_add_epi32(y1, _mm512_madd_epi16(_mm512_and_si512(e2, byte2), rightHigh[r]));
+            const __m512i cbPair = _mm512_or_si512(_mm512_and_si512(_mm512_srli_epi32(w4, 8), byte0),
+                                                _mm512_and_si512(_mm512_slli_epi32(s, 8), byte2));
+            cb = _mm512_add_epi32(cb, _mm512_madd_epi16(cbPair, leftCentre[r]));
+            cb = _mm512_add_epi32(cb, _mm512_madd_epi16(_mm512_and_si512(_mm512_srli_epi32(e4, 8), byte0), rightLow[r]));
+            const __m512i crPair = _mm512_or_si512(_mm512_srli_epi32(w4, 24), _mm512_and_si512(_mm512_srli_epi32(s, 8), byte2));
+            cr = _mm512_add_epi32(cr, _mm512_madd_epi16(crPair, leftCentre[r]));
+            cr = _mm512_add_epi32(cr, _mm512_madd_epi16(_mm512_srli_epi32(e4, 24), rightLow[r]));
+        }
+        cb = _mm512_add_epi32(cb, centring);
+        cr = _mm512_add_epi32(cr, centring);
+        if (normalize) {
+            y0 = _mm512_srli_epi32(y0, 12);  // logical: negative sums saturate to white
+            y1 = _mm512_srli_epi32(y1, 12);
+            cb = _mm512_srai_epi32(cb, 12);
+            cr = _mm512_srai_epi32(cr, 12);
+        }
+        cb = _mm512_add_epi32(cb, back);
+        cr = _mm512_add_epi32(cr, back);
+        // Saturating packs clamp each sum to 0..255 on the way to bytes.
+        const __m512i luma = _mm512_packs_epi32(y0, y1);    // Y0 of pairs 0-3, Y1 of pairs 0-3
+        const __m512i chroma = _mm512_packs_epi32(cb, cr);  // Cb of pairs 0-3, Cr of pairs 0-3
+        const __m512i first = _mm512_unpacklo_epi16(luma, chroma);  // Y0 Cb per pair
+        const __m512i second = _mm512_unpackhi_epi16(luma, chroma); // Y1 Cr per pair
+        const __m512i pairs01 = _mm512_unpacklo_epi32(first, second);
+        const __m512i pairs23 = _mm512_unpackhi_epi32(first, second);
+        _mm512_storeu_si512(out + o, _mm512_packus_epi16(pairs01, pairs23));
+    }
+    if (o < to) MatrixWideLineAvx2(lines, out, o, to, c);
+}
+
+}  // namespace zvf::filters
+
+#else
+
+namespace zvf::filters {
+
+void MatrixLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                      const MatrixCoefficients& c) {
+    MatrixLineAvx2(lines, out, from, to, c);
+}
+
+void MatrixNarrowLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                            const MatrixCoefficients& c, const MatrixNarrow& narrow) {
+    MatrixNarrowLineAvx2(lines, out, from, to, c, narrow);
+}
+
+void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                          const MatrixCoefficients& c) {
+    MatrixWideLineAvx2(lines, out, from, to, c);
+}
+
+}  // namespace zvf::filters
+
+#endif
