@@ -186,7 +186,8 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
 // Kernels with a twin at the AVX-512 level; the others would only repeat
 // their AVX2 times there.
 bool HasAvx512Twin(const std::string& name) {
-    return name == "YUV Curve tables" || name == "Smooth Blur" || name == "Video Noise" || name.starts_with("Matrix");
+    return name == "YUV Curve tables" || name == "Smooth Blur" || name == "Video Noise" || name.starts_with("Matrix") ||
+           name == "Anti Flicker";
 }
 
 // Processor time of this (single-threaded) process, so the ratios hold up

@@ -10,11 +10,12 @@
 
 namespace zvf::test {
 
-inline std::vector<SimdLevel> LevelsAboveScalar() {
+// `highest`: the highest level the kernel under test has a twin at.
+inline std::vector<SimdLevel> LevelsAboveScalar(SimdLevel highest = SimdLevel::avx2) {
     const SimdLevel top = LevelFromFeatures(host::DetectProcessorFeatures());
     std::vector<SimdLevel> levels;
-    for (SimdLevel l : {SimdLevel::sse2, SimdLevel::avx2})
-        if (l <= top) levels.push_back(l);
+    for (SimdLevel l : {SimdLevel::sse2, SimdLevel::avx2, SimdLevel::avx512})
+        if (l <= top && l <= highest) levels.push_back(l);
     return levels;
 }
 

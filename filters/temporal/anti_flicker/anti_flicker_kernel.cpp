@@ -27,6 +27,7 @@ BlendRows ScalarBlendRows() { return {EdgeRow, MiddleRow}; }
 
 BlendRows BlendRowsFor(SimdLevel level) {
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
+    if (level >= SimdLevel::avx512) return Avx512BlendRows();
     if (level >= SimdLevel::avx2) return Avx2BlendRows();
 #endif
     return level >= SimdLevel::sse2 ? Sse2BlendRows() : ScalarBlendRows();

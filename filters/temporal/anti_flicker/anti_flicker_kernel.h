@@ -31,6 +31,7 @@ struct BlendRows {
 BlendRows ScalarBlendRows();
 BlendRows Sse2BlendRows();  // anti_flicker_kernel_sse2.cpp
 BlendRows Avx2BlendRows();  // anti_flicker_kernel_avx2.cpp, x86 only
+BlendRows Avx512BlendRows();  // anti_flicker_kernel_avx512.cpp, x86 only (AVX2 rows on 32-bit x86)
 // The fastest rows the level allows.
 BlendRows BlendRowsFor(SimdLevel level);
 
