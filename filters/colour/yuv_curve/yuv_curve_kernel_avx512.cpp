@@ -19,8 +19,8 @@ namespace zvf::filters {
 namespace {
 
 // Byte lanes of a 64-byte run by their place in the pair.
-constexpr uint64_t kBlueLanes = 0x2222222222222222ull;    // U
-constexpr uint64_t kRedLanes = 0x8888888888888888ull;     // V
+constexpr uint64_t kBlueLanes = 0x2222222222222222ull;  // U
+constexpr uint64_t kRedLanes = 0x8888888888888888ull;   // V
 
 struct HalfTables {
     __m512i lo0, lo1, hi0, hi1;  // entries 0..63, 64..127, 128..191, 192..255

@@ -27,7 +27,8 @@ size_t MinScratchEntries(int32_t rows, int32_t pairs) {
 
 size_t FullScratchEntries(int32_t rows, int32_t pairs) {
     if (rows <= 0 || pairs <= 0) return 0;
-    const size_t strip = static_cast<size_t>(std::min(pairs, std::max({kStripPairs, kWideStripPairs, kWide512StripPairs})));
+    const int32_t widest = std::max({kStripPairs, kWideStripPairs, kWide512StripPairs});
+    const size_t strip = static_cast<size_t>(std::min(pairs, widest));
     const size_t simd = (static_cast<size_t>(std::min(pairs, kSimdStripPairs)) * (static_cast<size_t>(rows) + 1) + 3) / 4;
     return std::max({static_cast<size_t>(pairs), static_cast<size_t>(rows) * strip, simd});
 }

@@ -137,10 +137,12 @@ void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdif
             y1 = _mm512_add_epi32(y1, _mm512_madd_epi16(_mm512_and_si512(s, lowBytes), leftCentre[r]));
             y1 = _mm512_add_epi32(y1, _mm512_madd_epi16(_mm512_and_si512(e2, byte2), rightHigh[r]));
             const __m512i cbPair = _mm512_or_si512(_mm512_and_si512(_mm512_srli_epi32(w4, 8), byte0),
-                                                _mm512_and_si512(_mm512_slli_epi32(s, 8), byte2));
+                                                   _mm512_and_si512(_mm512_slli_epi32(s, 8), byte2));
             cb = _mm512_add_epi32(cb, _mm512_madd_epi16(cbPair, leftCentre[r]));
-            cb = _mm512_add_epi32(cb, _mm512_madd_epi16(_mm512_and_si512(_mm512_srli_epi32(e4, 8), byte0), rightLow[r]));
-            const __m512i crPair = _mm512_or_si512(_mm512_srli_epi32(w4, 24), _mm512_and_si512(_mm512_srli_epi32(s, 8), byte2));
+            const __m512i cbRight = _mm512_and_si512(_mm512_srli_epi32(e4, 8), byte0);
+            cb = _mm512_add_epi32(cb, _mm512_madd_epi16(cbRight, rightLow[r]));
+            const __m512i crPair =
+                _mm512_or_si512(_mm512_srli_epi32(w4, 24), _mm512_and_si512(_mm512_srli_epi32(s, 8), byte2));
             cr = _mm512_add_epi32(cr, _mm512_madd_epi16(crPair, leftCentre[r]));
             cr = _mm512_add_epi32(cr, _mm512_madd_epi16(_mm512_srli_epi32(e4, 24), rightLow[r]));
         }
