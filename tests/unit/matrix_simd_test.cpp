@@ -37,7 +37,7 @@ std::vector<Level> Levels() {
 }
 
 // Kinds of coefficients: even kinds are not normalised, odd ones are.
-constexpr int kKinds = 14;
+constexpr int kKinds = 16;
 
 // Small weights scaled by 2^t (t = 0 unless normalising) whose magnitudes
 // total `magnitude`, capped so that each coefficient fits 16 bits; all of one
@@ -93,6 +93,18 @@ MatrixCoefficients Coefficients(std::mt19937& rng, int kind) {
             c.normalize = kind % 2;
             const auto& k = kFixed[rng() % 4];
             for (int i = 0; i < 9; ++i) c.rows[i / 3][i % 3] = k[i];
+            return c;
+        }
+        case 7: {  // small weights times a factor that is not a power of two (a box of 455s, say)
+            MatrixCoefficients c = ScaledWeights(rng, 0, 1 + static_cast<int32_t>(rng() % 128), 0, 0);
+            int32_t most = 1;
+            for (const auto& row : c.rows)
+                for (int k = 0; k < 3; ++k) most = std::max<int32_t>(most, row[k] < 0 ? -row[k] : row[k]);
+            const int32_t factor = 3 + 2 * static_cast<int32_t>(rng() % static_cast<uint32_t>((32767 / most - 1) / 2));
+            for (auto& row : c.rows)
+                for (int k = 0; k < 3; ++k) row[k] = static_cast<int16_t>(row[k] * factor);
+            c.normalize = kind % 2;
+            EXPECT_TRUE(ScaledMatrix(c, &unused) || NarrowMatrix(c, &unused));
             return c;
         }
         default:

@@ -129,6 +129,47 @@ TEST(MatrixNarrow, KernelsWithSmallScaledWeightsAndNoOthers) {
     }
 }
 
+// Kernels without the power-of-two form whose coefficients still share one
+// factor: small weights times their greatest common divisor.
+TEST(MatrixNarrow, ScaledFormTakesTheCommonFactor) {
+    struct Case {
+        const char* what;
+        int16_t rows[9];
+        int32_t normalize;
+        bool scaled;
+        int8_t weights[9];
+        int16_t scale;
+        int16_t chromaBias;  // -128 x the weights' total
+    };
+    const Case cases[] = {
+        {"box, 455 each", {455, 455, 455, 455, 455, 455, 455, 455, 455}, 1, true, {1, 1, 1, 1, 1, 1, 1, 1, 1}, 455,
+         -1152},
+        {"not normalised, 300 and -600", {0, 300, 0, 0, -600, 0, 0, 0, 0}, 0, true, {0, 1, 0, 0, -2, 0, 0, 0, 0}, 300,
+         128},
+        {"mixed signs, factor 3, magnitudes 128", {-378, 3, 0, 0, 0, 0, 0, 0, 3}, 0, true,
+         {-126, 1, 0, 0, 0, 0, 0, 0, 1}, 3, 15872},
+        {"magnitudes 129", {-381, 3, 0, 0, 0, 0, 0, 0, 3}, 0, false, {}, 0, 0},
+        {"sharpen: the power-of-two form instead", {0, -4096, 0, -4096, 20480, -4096, 0, -4096, 0}, 1, false, {}, 0, 0},
+        {"-32768 alone, not normalised: factor too large", {0, 0, 0, 0, -32768, 0, 0, 0, 0}, 0, false, {}, 0, 0},
+        {"coprime coefficients", {455, 454, 0, 0, 0, 0, 0, 0, 0}, 1, false, {}, 0, 0},
+        {"weights past a signed byte", {3 * 128, 3, 0, 0, 0, 0, 0, 0, 0}, 0, false, {}, 0, 0},
+        {"all zero", {0, 0, 0, 0, 0, 0, 0, 0, 0}, 0, false, {}, 0, 0},
+    };
+    for (const Case& k : cases) {
+        MatrixCoefficients c;
+        c.valid = 1;
+        c.normalize = k.normalize;
+        for (int i = 0; i < 9; ++i) c.rows[i / 3][i % 3] = k.rows[i];
+        MatrixNarrow n;
+        ASSERT_EQ(ScaledMatrix(c, &n), k.scaled) << k.what;
+        if (!k.scaled) continue;
+        for (int i = 0; i < 9; ++i) EXPECT_EQ(n.weights[i / 3][i % 3], k.weights[i]) << k.what << " cell " << i;
+        EXPECT_EQ(n.scale, k.scale) << k.what;
+        EXPECT_EQ(n.shift, 0) << k.what;
+        EXPECT_EQ(n.chromaBias, k.chromaBias) << k.what;
+    }
+}
+
 TEST(MatrixKernel, HandComputedResults) {
     struct Case {
         const char* what;

@@ -9,8 +9,9 @@
 // interleaved again when packing. Chroma is not re-centred per sample: the
 // sums subtract 128 times the coefficient total once, which is the same
 // integer as the sum of centred products.
-// Kernels with a narrow form take a cheaper loop: bytes times signed byte
-// weights, two taps per product pair, summed in 16 bits.
+// Kernels with a narrow or scaled form take a cheaper loop: bytes times
+// signed byte weights, two taps per product pair, summed in 16 bits, then
+// shifted or multiplied by the kernel's common factor.
 #include "matrix_kernel.h"
 
 #if defined(__AVX2__)
@@ -50,8 +51,14 @@ __attribute__((always_inline)) inline __m256i Pair(int32_t first, int32_t second
 // 128 as well); luma is capped at 255 as an unsigned value, so that a
 // negative sum turns white when normalising (as the logical shift of the
 // 32-bit sum makes it), while without normalisation the cap is off and the
-// pack takes negatives to 0.
-template <bool kShifted>
+// pack takes negatives to 0. In the scaled form each sum S is multiplied by
+// the common factor g: when normalising with g below 2048, (g S) >> 12 is
+// the high half of S times 16 g, and the sums finish as in the shifted form;
+// otherwise the products go to 32 bits (low and high halves interleaved),
+// are shifted, and are packed back to 16 bits for the same cap and 128.
+enum class Form { kShifted, kUnshifted, kScaled, kScaledHigh };
+
+template <Form kForm>
 ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                       const MatrixNarrow& n, bool normalize) {
     const __m256i leftRight = Load(reinterpret_cast<const uint8_t*>(kLeftRight));
@@ -66,12 +73,14 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
     const bool outer = n.weights[0][1] != 0 || n.weights[2][1] != 0;
     const bool middle = n.weights[1][1] != 0;
     const __m256i chromaWords = _mm256_set1_epi32(static_cast<int32_t>(0xFFFF0000u));
-    const int32_t start = n.chromaBias + (kShifted ? 0 : 128);
+    const int32_t start = n.chromaBias + (kForm == Form::kUnshifted ? 128 : 0);
     const __m256i bias = _mm256_and_si256(_mm256_set1_epi16(static_cast<int16_t>(start)), chromaWords);
     const __m256i back = _mm256_and_si256(_mm256_set1_epi16(128), chromaWords);
     const __m256i cap = normalize ? _mm256_or_si256(_mm256_set1_epi32(255), chromaWords) : _mm256_set1_epi8(-1);
     const __m128i shift = _mm_cvtsi32_si128(n.shift);
     const __m256i zero = _mm256_setzero_si256();
+    const __m256i scale = _mm256_set1_epi16(n.scale);
+    const __m256i scaleHigh = _mm256_set1_epi16(static_cast<int16_t>(kForm == Form::kScaledHigh ? 16 * n.scale : 0));
     ptrdiff_t o = from;
     for (; o + 32 <= to; o += 32) {
         // No sum leaves 16 bits: the narrow form bounds them all.
@@ -93,7 +102,29 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
             lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(_mm256_unpacklo_epi8(same, zero), middleCentre));
             hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(_mm256_unpackhi_epi8(same, zero), middleCentre));
         }
-        if (kShifted) {
+        if constexpr (kForm == Form::kScaled) {
+            __m256i p[4];
+            for (int h = 0; h < 2; ++h) {
+                const __m256i sums = h == 0 ? lo : hi;
+                const __m256i low = _mm256_mullo_epi16(sums, scale), high = _mm256_mulhi_epi16(sums, scale);
+                p[2 * h] = _mm256_unpacklo_epi16(low, high);
+                p[2 * h + 1] = _mm256_unpackhi_epi16(low, high);
+            }
+            // One arithmetic shift for all: a negative luma sum then becomes a
+            // negative word, which the unsigned cap turns white, as the logical
+            // shift of the scalar kernel does. Chroma gets its 128 with a
+            // saturating add, exact inside 16 bits and a clamp beyond.
+            if (normalize)
+                for (__m256i& v : p) v = _mm256_srai_epi32(v, 12);
+            const __m256i a = _mm256_min_epu16(_mm256_adds_epi16(_mm256_packs_epi32(p[0], p[1]), back), cap);
+            const __m256i b = _mm256_min_epu16(_mm256_adds_epi16(_mm256_packs_epi32(p[2], p[3]), back), cap);
+            const __m256i bytes = _mm256_packus_epi16(a, b);
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), bytes);
+            continue;
+        } else if constexpr (kForm == Form::kScaledHigh) {
+            lo = _mm256_add_epi16(_mm256_min_epu16(_mm256_mulhi_epi16(lo, scaleHigh), cap), back);
+            hi = _mm256_add_epi16(_mm256_min_epu16(_mm256_mulhi_epi16(hi, scaleHigh), cap), back);
+        } else if constexpr (kForm == Form::kShifted) {
             lo = _mm256_add_epi16(_mm256_min_epu16(_mm256_sra_epi16(lo, shift), cap), back);
             hi = _mm256_add_epi16(_mm256_min_epu16(_mm256_sra_epi16(hi, shift), cap), back);
         } else {
@@ -110,15 +141,31 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
 void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c, const MatrixNarrow& narrow) {
     const bool normalize = c.normalize != 0;
-    const ptrdiff_t o = narrow.shift != 0 ? NarrowSteps<true>(lines, out, from, to, narrow, normalize)
-                                          : NarrowSteps<false>(lines, out, from, to, narrow, normalize);
+    const Form form = narrow.scale == 0              ? (narrow.shift != 0 ? Form::kShifted : Form::kUnshifted)
+                      : normalize && narrow.scale < 2048 ? Form::kScaledHigh
+                                                         : Form::kScaled;
+    ptrdiff_t o = from;
+    switch (form) {
+        case Form::kShifted:
+            o = NarrowSteps<Form::kShifted>(lines, out, from, to, narrow, normalize);
+            break;
+        case Form::kUnshifted:
+            o = NarrowSteps<Form::kUnshifted>(lines, out, from, to, narrow, normalize);
+            break;
+        case Form::kScaled:
+            o = NarrowSteps<Form::kScaled>(lines, out, from, to, narrow, normalize);
+            break;
+        case Form::kScaledHigh:
+            o = NarrowSteps<Form::kScaledHigh>(lines, out, from, to, narrow, normalize);
+            break;
+    }
     if (o < to) MatrixLineSse2(lines, out, o, to, c);
 }
 
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c) {
     MatrixNarrow narrow;
-    if (NarrowMatrix(c, &narrow))
+    if (NarrowMatrix(c, &narrow) || ScaledMatrix(c, &narrow))
         MatrixNarrowLineAvx2(lines, out, from, to, c, narrow);
     else
         MatrixWideLineAvx2(lines, out, from, to, c);

@@ -12,9 +12,13 @@
 namespace zvf::filters {
 
 struct MatrixNarrow {
-    int8_t weights[3][3] = {};  // coefficient / 2^t, row-major like MatrixCoefficients::rows
+    int8_t weights[3][3] = {};  // coefficient / 2^t (or / scale), row-major like MatrixCoefficients::rows
     int32_t shift = 0;          // 12 - t when normalising (0 <= t <= 12), else 0
     int16_t chromaBias = 0;     // -128 x the weights' total: re-centres chroma after the products
+    // 0 for the power-of-two form. Otherwise the coefficients' common factor
+    // (2..32767), which the 16-bit sums are multiplied by in 32 bits before
+    // the usual normalising shift; `shift` is then 0.
+    int16_t scale = 0;
 };
 
 // True, filling `out`, when every sum of the instance's kernel is exact in
@@ -26,5 +30,12 @@ struct MatrixNarrow {
 // weights' magnitudes must total at most 128, so that no sum of products of
 // samples 0..255 leaves 16 bits (128 x 255 = 32640).
 bool NarrowMatrix(const MatrixCoefficients& c, MatrixNarrow* out);
+
+// True, filling `out` with a scaled form, for a kernel without the form
+// above whose coefficients are such weights times their greatest common
+// divisor g (2..32767): a normalised box of 455s, say. The 16-bit sum S of
+// the weighted samples (chroma re-centred) is exact, and g x S is the
+// 32-bit sum itself.
+bool ScaledMatrix(const MatrixCoefficients& c, MatrixNarrow* out);
 
 }  // namespace zvf::filters
