@@ -119,7 +119,7 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
     // Which SIMD path a kernel takes (16-bit sums, shifted or scaled, or
     // 32-bit ones) is worked out once here, not for every line.
     MatrixNarrow narrow;
-    if (level >= SimdLevel::avx2 && (NarrowMatrix(c, &narrow) || ScaledMatrix(c, &narrow))) {
+    if (level >= SimdLevel::avx2 && SixteenBitMatrix(c, &narrow)) {
         const bool avx512 = level >= SimdLevel::avx512;
         ConvolveLines(v, loader, buf, [&](const uint8_t* const (&lines)[3], uint8_t* out) {
             (avx512 ? MatrixNarrowLineAvx512 : MatrixNarrowLineAvx2)(lines, out, 0, bytes, c, narrow);

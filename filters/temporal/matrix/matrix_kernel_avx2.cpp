@@ -56,9 +56,7 @@ __attribute__((always_inline)) inline __m256i Pair(int32_t first, int32_t second
 // the high half of S times 16 g, and the sums finish as in the shifted form;
 // otherwise the products go to 32 bits (low and high halves interleaved),
 // are shifted, and are packed back to 16 bits for the same cap and 128.
-enum class Form { kShifted, kUnshifted, kScaled, kScaledHigh };
-
-template <Form kForm>
+template <MatrixFinish kFinish>
 ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                       const MatrixNarrow& n, bool normalize) {
     const __m256i leftRight = Load(reinterpret_cast<const uint8_t*>(kLeftRight));
@@ -73,14 +71,15 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
     const bool outer = n.weights[0][1] != 0 || n.weights[2][1] != 0;
     const bool middle = n.weights[1][1] != 0;
     const __m256i chromaWords = _mm256_set1_epi32(static_cast<int32_t>(0xFFFF0000u));
-    const int32_t start = n.chromaBias + (kForm == Form::kUnshifted ? 128 : 0);
+    const int32_t start = n.chromaBias + (kFinish == MatrixFinish::kUnshifted ? 128 : 0);
     const __m256i bias = _mm256_and_si256(_mm256_set1_epi16(static_cast<int16_t>(start)), chromaWords);
     const __m256i back = _mm256_and_si256(_mm256_set1_epi16(128), chromaWords);
     const __m256i cap = normalize ? _mm256_or_si256(_mm256_set1_epi32(255), chromaWords) : _mm256_set1_epi8(-1);
     const __m128i shift = _mm_cvtsi32_si128(n.shift);
     const __m256i zero = _mm256_setzero_si256();
     const __m256i scale = _mm256_set1_epi16(n.scale);
-    const __m256i scaleHigh = _mm256_set1_epi16(static_cast<int16_t>(kForm == Form::kScaledHigh ? 16 * n.scale : 0));
+    const int32_t high = kFinish == MatrixFinish::kScaledHigh ? 16 * n.scale : 0;
+    const __m256i scaleHigh = _mm256_set1_epi16(static_cast<int16_t>(high));
     ptrdiff_t o = from;
     for (; o + 32 <= to; o += 32) {
         // No sum leaves 16 bits: the narrow form bounds them all.
@@ -102,7 +101,7 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
             lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(_mm256_unpacklo_epi8(same, zero), middleCentre));
             hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(_mm256_unpackhi_epi8(same, zero), middleCentre));
         }
-        if constexpr (kForm == Form::kScaled) {
+        if constexpr (kFinish == MatrixFinish::kScaled) {
             __m256i p[4];
             for (int h = 0; h < 2; ++h) {
                 const __m256i sums = h == 0 ? lo : hi;
@@ -121,10 +120,10 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
             const __m256i bytes = _mm256_packus_epi16(a, b);
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), bytes);
             continue;
-        } else if constexpr (kForm == Form::kScaledHigh) {
+        } else if constexpr (kFinish == MatrixFinish::kScaledHigh) {
             lo = _mm256_add_epi16(_mm256_min_epu16(_mm256_mulhi_epi16(lo, scaleHigh), cap), back);
             hi = _mm256_add_epi16(_mm256_min_epu16(_mm256_mulhi_epi16(hi, scaleHigh), cap), back);
-        } else if constexpr (kForm == Form::kShifted) {
+        } else if constexpr (kFinish == MatrixFinish::kShifted) {
             lo = _mm256_add_epi16(_mm256_min_epu16(_mm256_sra_epi16(lo, shift), cap), back);
             hi = _mm256_add_epi16(_mm256_min_epu16(_mm256_sra_epi16(hi, shift), cap), back);
         } else {
@@ -141,22 +140,19 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
 void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c, const MatrixNarrow& narrow) {
     const bool normalize = c.normalize != 0;
-    const Form form = narrow.scale == 0              ? (narrow.shift != 0 ? Form::kShifted : Form::kUnshifted)
-                      : normalize && narrow.scale < 2048 ? Form::kScaledHigh
-                                                         : Form::kScaled;
     ptrdiff_t o = from;
-    switch (form) {
-        case Form::kShifted:
-            o = NarrowSteps<Form::kShifted>(lines, out, from, to, narrow, normalize);
+    switch (FinishOf(narrow, normalize)) {
+        case MatrixFinish::kShifted:
+            o = NarrowSteps<MatrixFinish::kShifted>(lines, out, from, to, narrow, normalize);
             break;
-        case Form::kUnshifted:
-            o = NarrowSteps<Form::kUnshifted>(lines, out, from, to, narrow, normalize);
+        case MatrixFinish::kUnshifted:
+            o = NarrowSteps<MatrixFinish::kUnshifted>(lines, out, from, to, narrow, normalize);
             break;
-        case Form::kScaled:
-            o = NarrowSteps<Form::kScaled>(lines, out, from, to, narrow, normalize);
+        case MatrixFinish::kScaled:
+            o = NarrowSteps<MatrixFinish::kScaled>(lines, out, from, to, narrow, normalize);
             break;
-        case Form::kScaledHigh:
-            o = NarrowSteps<Form::kScaledHigh>(lines, out, from, to, narrow, normalize);
+        case MatrixFinish::kScaledHigh:
+            o = NarrowSteps<MatrixFinish::kScaledHigh>(lines, out, from, to, narrow, normalize);
             break;
     }
     if (o < to) MatrixLineSse2(lines, out, o, to, c);
@@ -165,7 +161,7 @@ void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdif
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c) {
     MatrixNarrow narrow;
-    if (NarrowMatrix(c, &narrow) || ScaledMatrix(c, &narrow))
+    if (SixteenBitMatrix(c, &narrow))
         MatrixNarrowLineAvx2(lines, out, from, to, c, narrow);
     else
         MatrixWideLineAvx2(lines, out, from, to, c);

@@ -28,10 +28,7 @@ __attribute__((always_inline)) inline __m512i Pair(int32_t first, int32_t second
 // Whole steps of 64 output bytes from the narrow form; returns where it
 // stopped. Loads 4 bytes before and after the step serve the first and the
 // second eight outputs of each 128-bit lane (see the AVX2 loop).
-// The scaled form: see the AVX2 loop.
-enum class Form { kShifted, kUnshifted, kScaled, kScaledHigh };
-
-template <Form kForm>
+template <MatrixFinish kFinish>
 ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                       const MatrixNarrow& n, bool normalize) {
     const __m512i leftRight = _mm512_broadcast_i32x4(_mm_loadu_si128(reinterpret_cast<const __m128i*>(kLeftRight)));
@@ -46,14 +43,15 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
     const bool outer = n.weights[0][1] != 0 || n.weights[2][1] != 0;
     const bool middle = n.weights[1][1] != 0;
     const __m512i chromaWords = _mm512_set1_epi32(static_cast<int32_t>(0xFFFF0000u));
-    const int32_t start = n.chromaBias + (kForm == Form::kUnshifted ? 128 : 0);
+    const int32_t start = n.chromaBias + (kFinish == MatrixFinish::kUnshifted ? 128 : 0);
     const __m512i bias = _mm512_and_si512(_mm512_set1_epi16(static_cast<int16_t>(start)), chromaWords);
     const __m512i back = _mm512_and_si512(_mm512_set1_epi16(128), chromaWords);
     const __m512i cap = normalize ? _mm512_or_si512(_mm512_set1_epi32(255), chromaWords) : _mm512_set1_epi8(-1);
     const __m128i shift = _mm_cvtsi32_si128(n.shift);
     const __m512i zero = _mm512_setzero_si512();
     const __m512i scale = _mm512_set1_epi16(n.scale);
-    const __m512i scaleHigh = _mm512_set1_epi16(static_cast<int16_t>(kForm == Form::kScaledHigh ? 16 * n.scale : 0));
+    const int32_t high = kFinish == MatrixFinish::kScaledHigh ? 16 * n.scale : 0;
+    const __m512i scaleHigh = _mm512_set1_epi16(static_cast<int16_t>(high));
     ptrdiff_t o = from;
     for (; o + 64 <= to; o += 64) {
         // No sum leaves 16 bits: the narrow form bounds them all.
@@ -75,7 +73,7 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
             lo = _mm512_add_epi16(lo, _mm512_maddubs_epi16(_mm512_unpacklo_epi8(same, zero), middleCentre));
             hi = _mm512_add_epi16(hi, _mm512_maddubs_epi16(_mm512_unpackhi_epi8(same, zero), middleCentre));
         }
-        if constexpr (kForm == Form::kScaled) {
+        if constexpr (kFinish == MatrixFinish::kScaled) {
             __m512i p[4];
             for (int h = 0; h < 2; ++h) {
                 const __m512i sums = h == 0 ? lo : hi;
@@ -90,10 +88,10 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
             const __m512i b = _mm512_min_epu16(_mm512_adds_epi16(_mm512_packs_epi32(p[2], p[3]), back), cap);
             _mm512_storeu_si512(out + o, _mm512_packus_epi16(a, b));
             continue;
-        } else if constexpr (kForm == Form::kScaledHigh) {
+        } else if constexpr (kFinish == MatrixFinish::kScaledHigh) {
             lo = _mm512_add_epi16(_mm512_min_epu16(_mm512_mulhi_epi16(lo, scaleHigh), cap), back);
             hi = _mm512_add_epi16(_mm512_min_epu16(_mm512_mulhi_epi16(hi, scaleHigh), cap), back);
-        } else if constexpr (kForm == Form::kShifted) {
+        } else if constexpr (kFinish == MatrixFinish::kShifted) {
             lo = _mm512_add_epi16(_mm512_min_epu16(_mm512_sra_epi16(lo, shift), cap), back);
             hi = _mm512_add_epi16(_mm512_min_epu16(_mm512_sra_epi16(hi, shift), cap), back);
         } else {
@@ -110,22 +108,19 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
 void MatrixNarrowLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                             const MatrixCoefficients& c, const MatrixNarrow& narrow) {
     const bool normalize = c.normalize != 0;
-    const Form form = narrow.scale == 0              ? (narrow.shift != 0 ? Form::kShifted : Form::kUnshifted)
-                      : normalize && narrow.scale < 2048 ? Form::kScaledHigh
-                                                         : Form::kScaled;
     ptrdiff_t o = from;
-    switch (form) {
-        case Form::kShifted:
-            o = NarrowSteps<Form::kShifted>(lines, out, from, to, narrow, normalize);
+    switch (FinishOf(narrow, normalize)) {
+        case MatrixFinish::kShifted:
+            o = NarrowSteps<MatrixFinish::kShifted>(lines, out, from, to, narrow, normalize);
             break;
-        case Form::kUnshifted:
-            o = NarrowSteps<Form::kUnshifted>(lines, out, from, to, narrow, normalize);
+        case MatrixFinish::kUnshifted:
+            o = NarrowSteps<MatrixFinish::kUnshifted>(lines, out, from, to, narrow, normalize);
             break;
-        case Form::kScaled:
-            o = NarrowSteps<Form::kScaled>(lines, out, from, to, narrow, normalize);
+        case MatrixFinish::kScaled:
+            o = NarrowSteps<MatrixFinish::kScaled>(lines, out, from, to, narrow, normalize);
             break;
-        case Form::kScaledHigh:
-            o = NarrowSteps<Form::kScaledHigh>(lines, out, from, to, narrow, normalize);
+        case MatrixFinish::kScaledHigh:
+            o = NarrowSteps<MatrixFinish::kScaledHigh>(lines, out, from, to, narrow, normalize);
             break;
     }
     if (o < to) MatrixNarrowLineAvx2(lines, out, o, to, c, narrow);
@@ -134,7 +129,7 @@ void MatrixNarrowLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrd
 void MatrixLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                       const MatrixCoefficients& c) {
     MatrixNarrow narrow;
-    if (NarrowMatrix(c, &narrow) || ScaledMatrix(c, &narrow))
+    if (SixteenBitMatrix(c, &narrow))
         MatrixNarrowLineAvx512(lines, out, from, to, c, narrow);
     else
         MatrixWideLineAvx512(lines, out, from, to, c);

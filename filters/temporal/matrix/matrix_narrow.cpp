@@ -37,9 +37,10 @@ bool NarrowMatrix(const MatrixCoefficients& c, MatrixNarrow* out) {
     return true;
 }
 
-bool ScaledMatrix(const MatrixCoefficients& c, MatrixNarrow* out) {
-    MatrixNarrow n;
-    if (NarrowMatrix(c, &n)) return false;
+namespace {
+
+// The scaled form, for a kernel already known to lack the other.
+bool ScaledForm(const MatrixCoefficients& c, MatrixNarrow* out) {
     int32_t g = 0;
     for (const auto& row : c.rows)
         for (int k = 0; k < 3; ++k)
@@ -49,11 +50,28 @@ bool ScaledMatrix(const MatrixCoefficients& c, MatrixNarrow* out) {
                 v = rest;
             }
     // A factor of 32768 (-32768 alone) does not fit the 16-bit multiply.
+    MatrixNarrow n;
     if (g < 2 || g > 32767 || !SmallWeights(c, g, n)) return false;
     n.shift = 0;
     n.scale = static_cast<int16_t>(g);
     *out = n;
     return true;
+}
+
+}  // namespace
+
+bool ScaledMatrix(const MatrixCoefficients& c, MatrixNarrow* out) {
+    MatrixNarrow unused;
+    return !NarrowMatrix(c, &unused) && ScaledForm(c, out);
+}
+
+bool SixteenBitMatrix(const MatrixCoefficients& c, MatrixNarrow* out) {
+    return NarrowMatrix(c, out) || ScaledForm(c, out);
+}
+
+MatrixFinish FinishOf(const MatrixNarrow& n, bool normalize) {
+    if (n.scale == 0) return n.shift != 0 ? MatrixFinish::kShifted : MatrixFinish::kUnshifted;
+    return normalize && n.scale < 2048 ? MatrixFinish::kScaledHigh : MatrixFinish::kScaled;
 }
 
 }  // namespace zvf::filters

@@ -38,4 +38,15 @@ bool NarrowMatrix(const MatrixCoefficients& c, MatrixNarrow* out);
 // 32-bit sum itself.
 bool ScaledMatrix(const MatrixCoefficients& c, MatrixNarrow* out);
 
+// Either form, the power-of-two one first: whether the kernel's sums fit 16
+// bits, for the SIMD loops that choose once per field or line.
+bool SixteenBitMatrix(const MatrixCoefficients& c, MatrixNarrow* out);
+
+// How a 16-bit form's sums become output bytes: shifted by `shift` (or not
+// at all), or multiplied by `scale` as the high half of S x 16 scale when
+// normalising with a scale below 2048 (exactly (scale S) >> 12), else in
+// 32 bits.
+enum class MatrixFinish { kShifted, kUnshifted, kScaled, kScaledHigh };
+MatrixFinish FinishOf(const MatrixNarrow& n, bool normalize);
+
 }  // namespace zvf::filters
