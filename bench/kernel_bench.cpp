@@ -108,6 +108,15 @@ MatrixRecord Sharpen() {
     return r;
 }
 
+// Normalised by 17: coefficients 240, 481 and 1204 share no factor, so
+// neither 16-bit form applies and the sums take 32 bits.
+MatrixRecord Soft() {
+    MatrixRecord r;
+    const int32_t k[9] = {1, 2, 1, 2, 5, 2, 1, 2, 1};
+    std::memcpy(r.kernel, k, sizeof k);
+    return r;
+}
+
 YuvCurveRecord Lifted() {
     YuvCurveRecord r;
     r.points[0] = {{0, 16}, {255, 235}};
@@ -141,6 +150,8 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
          [c = DeriveMatrixCoefficients(Sharpen())](Frames&, FieldView& v, SimdLevel l) { ConvolveMatrixField(v, c, l); }},
         {"Matrix box",
          [c = DeriveMatrixCoefficients(Box())](Frames&, FieldView& v, SimdLevel l) { ConvolveMatrixField(v, c, l); }},
+        {"Matrix soft",
+         [c = DeriveMatrixCoefficients(Soft())](Frames&, FieldView& v, SimdLevel l) { ConvolveMatrixField(v, c, l); }},
         {"Anti Flicker",
          [](Frames& f, FieldView& v, SimdLevel l) {
              // The other parity's rows of the same source as the neighbours.
