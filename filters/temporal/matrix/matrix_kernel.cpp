@@ -91,6 +91,12 @@ void MatrixLine(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, 
     }
 }
 
+int32_t WideChromaStart(const MatrixCoefficients& c) {
+    int32_t total = 0;
+    for (const auto& row : c.rows) total += row[0] + row[1] + row[2];
+    return -128 * total + (c.normalize != 0 ? 128 << 12 : 128);
+}
+
 void CopyMatrixField(const FieldView& v) {
     const size_t bytes = static_cast<size_t>(v.pairs) * 4;
     for (int32_t r = 0; r < v.rows; ++r) {

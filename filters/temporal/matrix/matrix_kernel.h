@@ -60,4 +60,10 @@ void MatrixNarrowLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrd
 void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c);
 
+// Where the SIMD 32-bit loops start each chroma sum: -128 times the
+// coefficients' total re-centres the samples, the same integer as the sum
+// of centred products; 128 re-centres the result, shifted up by 12 when
+// normalising so that the arithmetic shift adds it exactly.
+int32_t WideChromaStart(const MatrixCoefficients& c);
+
 }  // namespace zvf::filters

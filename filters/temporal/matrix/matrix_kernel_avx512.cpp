@@ -1,9 +1,10 @@
 // AVX-512 (BW) twin of Matrix's line kernel: the AVX2 loops on sixteen
 // pairs (64 output bytes) per step, both the 16-bit loop of kernels with a
 // narrow form and the 32-bit one of the others; the shorter rest goes to the
-// AVX2 loops. Every shuffle, unpack and pack works inside 128-bit lanes,
-// each holding four whole pairs, exactly as in the AVX2 loops, so the bytes
-// come out in order. Helpers are forced inline: 512-bit values are never
+// AVX2 loops.
+// Every shuffle, unpack and pack works inside 128-bit lanes, each holding
+// four whole pairs, exactly as in the AVX2 loops, so the bytes come out in
+// order. Helpers are forced inline: 512-bit values are never
 // passed to a call (the Windows stack is only 16-byte aligned).
 #include "matrix_kernel.h"
 
@@ -18,6 +19,17 @@ __attribute__((always_inline)) inline __m512i Load(const uint8_t* p) { return _m
 // Byte shuffle of a 16-byte window starting 4 bytes before eight outputs:
 // output j's left and right taps side by side (see the AVX2 loop).
 alignas(16) constexpr int8_t kLeftRight[16] = {2, 6, 1, 9, 4, 8, 3, 11, 6, 10, 5, 13, 8, 12, 7, 15};
+
+// The 32-bit loop's byte shuffles for windows starting 4 and 8 bytes before
+// a pair (see the AVX2 loop), one 128-bit lane each.
+alignas(16) constexpr int8_t kWideLeftCentre[32] = {2, -1, 4, -1, 1, -1, 5, -1, 4, -1, 6, -1, 3, -1, 7, -1,
+                                                    6, -1, 8, -1, 5, -1, 9, -1, 8, -1, 10, -1, 7, -1, 11, -1};
+alignas(16) constexpr int8_t kWideRight[32] = {6,  -1, -1, -1, 9,  -1, -1, -1, 8,  -1, -1, -1, 11, -1, -1, -1,
+                                               10, -1, -1, -1, 13, -1, -1, -1, 12, -1, -1, -1, 15, -1, -1, -1};
+
+__attribute__((always_inline)) inline __m512i Broadcast(const int8_t* lane) {
+    return _mm512_broadcast_i32x4(_mm_load_si128(reinterpret_cast<const __m128i*>(lane)));
+}
 
 __attribute__((always_inline)) inline __m512i Pair(int32_t first, int32_t second) {
     const auto low = static_cast<uint16_t>(static_cast<uint8_t>(first));
@@ -137,67 +149,45 @@ void MatrixLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
 
 void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c) {
-    const __m512i lowBytes = _mm512_set1_epi32(0x00FF00FF);  // byte 0 and byte 2 as 16-bit halves
-    const __m512i byte2 = _mm512_set1_epi32(0x00FF0000);
-    const __m512i byte0 = _mm512_set1_epi32(0x000000FF);
+    const __m512i leftCentreTaps = Broadcast(kWideLeftCentre);
+    const __m512i rightTaps = Broadcast(kWideRight);
+    const __m512i leftCentreTapsLate = Broadcast(kWideLeftCentre + 16);
+    const __m512i rightTapsLate = Broadcast(kWideRight + 16);
     __m512i leftCentre[3];
-    __m512i rightHigh[3];  // right coefficient in the upper half
-    __m512i rightLow[3];   // right coefficient in the lower half
-    int32_t total = 0;
+    __m512i right[3];
     for (int r = 0; r < 3; ++r) {
         const auto c0 = static_cast<uint16_t>(c.rows[r][0]);
         const auto c1 = static_cast<uint16_t>(c.rows[r][1]);
-        const auto c2 = static_cast<uint16_t>(c.rows[r][2]);
         leftCentre[r] = _mm512_set1_epi32(static_cast<int32_t>((uint32_t{c1} << 16) | c0));
-        rightHigh[r] = _mm512_set1_epi32(static_cast<int32_t>(uint32_t{c2} << 16));
-        rightLow[r] = _mm512_set1_epi32(c2);
-        total += c.rows[r][0] + c.rows[r][1] + c.rows[r][2];
+        right[r] = _mm512_set1_epi32(static_cast<uint16_t>(c.rows[r][2]));
     }
-    const __m512i centring = _mm512_set1_epi32(-128 * total);
-    const __m512i back = _mm512_set1_epi32(128);
     const bool normalize = c.normalize != 0;
+    const auto chromaStart = static_cast<uint32_t>(WideChromaStart(c));
+    const __m512i bias = _mm512_set1_epi64(static_cast<int64_t>(uint64_t{chromaStart} << 32));
+    const __m512i cap = _mm512_set1_epi32(static_cast<int32_t>(0xFFFF00FFu));
     ptrdiff_t o = from;
     for (; o + 64 <= to; o += 64) {
-        __m512i y0 = _mm512_setzero_si512(), cb = y0, y1 = y0, cr = y0;
+        // Register p holds pairs p, p + 4, p + 8 and p + 12 (see the AVX2
+        // loop).
+        __m512i sums[4] = {bias, bias, bias, bias};
         for (int r = 0; r < 3; ++r) {
-            const uint8_t* l = lines[r] + o;
-            const __m512i w4 = Load(l - 4);  // lane m: Y0 Cb Y1 Cr of pair m - 1
-            const __m512i w2 = Load(l - 2);  // Y1 Cr of pair m - 1, Y0 Cb of pair m
-            const __m512i s = Load(l);       // pair m
-            const __m512i e2 = Load(l + 2);  // Y1 Cr of pair m, Y0 Cb of pair m + 1
-            const __m512i e4 = Load(l + 4);  // pair m + 1
-            y0 = _mm512_add_epi32(y0, _mm512_madd_epi16(_mm512_and_si512(w2, lowBytes), leftCentre[r]));
-            y0 = _mm512_add_epi32(y0, _mm512_madd_epi16(_mm512_and_si512(s, byte2), rightHigh[r]));
-            y1 = _mm512_add_epi32(y1, _mm512_madd_epi16(_mm512_and_si512(s, lowBytes), leftCentre[r]));
-            y1 = _mm512_add_epi32(y1, _mm512_madd_epi16(_mm512_and_si512(e2, byte2), rightHigh[r]));
-            const __m512i cbPair = _mm512_or_si512(_mm512_and_si512(_mm512_srli_epi32(w4, 8), byte0),
-                                                   _mm512_and_si512(_mm512_slli_epi32(s, 8), byte2));
-            cb = _mm512_add_epi32(cb, _mm512_madd_epi16(cbPair, leftCentre[r]));
-            const __m512i cbRight = _mm512_and_si512(_mm512_srli_epi32(e4, 8), byte0);
-            cb = _mm512_add_epi32(cb, _mm512_madd_epi16(cbRight, rightLow[r]));
-            const __m512i crPair =
-                _mm512_or_si512(_mm512_srli_epi32(w4, 24), _mm512_and_si512(_mm512_srli_epi32(s, 8), byte2));
-            cr = _mm512_add_epi32(cr, _mm512_madd_epi16(crPair, leftCentre[r]));
-            cr = _mm512_add_epi32(cr, _mm512_madd_epi16(_mm512_srli_epi32(e4, 24), rightLow[r]));
+            for (int p = 0; p < 4; ++p) {
+                const __m512i w = Load(lines[r] + o + 4 * p - (p == 0 ? 4 : 8));
+                const __m512i lc = _mm512_shuffle_epi8(w, p == 0 ? leftCentreTaps : leftCentreTapsLate);
+                const __m512i rt = _mm512_shuffle_epi8(w, p == 0 ? rightTaps : rightTapsLate);
+                sums[p] = _mm512_add_epi32(sums[p], _mm512_madd_epi16(lc, leftCentre[r]));
+                sums[p] = _mm512_add_epi32(sums[p], _mm512_madd_epi16(rt, right[r]));
+            }
         }
-        cb = _mm512_add_epi32(cb, centring);
-        cr = _mm512_add_epi32(cr, centring);
+        if (normalize)
+            for (__m512i& v : sums) v = _mm512_srai_epi32(v, 12);
+        __m512i low = _mm512_packs_epi32(sums[0], sums[1]);
+        __m512i high = _mm512_packs_epi32(sums[2], sums[3]);
         if (normalize) {
-            y0 = _mm512_srli_epi32(y0, 12);  // logical: negative sums saturate to white
-            y1 = _mm512_srli_epi32(y1, 12);
-            cb = _mm512_srai_epi32(cb, 12);
-            cr = _mm512_srai_epi32(cr, 12);
+            low = _mm512_min_epu16(low, cap);
+            high = _mm512_min_epu16(high, cap);
         }
-        cb = _mm512_add_epi32(cb, back);
-        cr = _mm512_add_epi32(cr, back);
-        // Saturating packs clamp each sum to 0..255 on the way to bytes.
-        const __m512i luma = _mm512_packs_epi32(y0, y1);    // Y0 of pairs 0-3, Y1 of pairs 0-3
-        const __m512i chroma = _mm512_packs_epi32(cb, cr);  // Cb of pairs 0-3, Cr of pairs 0-3
-        const __m512i first = _mm512_unpacklo_epi16(luma, chroma);  // Y0 Cb per pair
-        const __m512i second = _mm512_unpackhi_epi16(luma, chroma); // Y1 Cr per pair
-        const __m512i pairs01 = _mm512_unpacklo_epi32(first, second);
-        const __m512i pairs23 = _mm512_unpackhi_epi32(first, second);
-        _mm512_storeu_si512(out + o, _mm512_packus_epi16(pairs01, pairs23));
+        _mm512_storeu_si512(out + o, _mm512_packus_epi16(low, high));
     }
     if (o < to) MatrixWideLineAvx2(lines, out, o, to, c);
 }
