@@ -8,7 +8,7 @@ file(GLOB_RECURSE ZVF_AVX2_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/filte
 file(GLOB_RECURSE ZVF_AVX512_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/filters/*_avx512.cpp)
 set_source_files_properties(${ZVF_SSE2_SOURCES} PROPERTIES COMPILE_OPTIONS "-msse2")
 set_source_files_properties(${ZVF_AVX2_SOURCES} PROPERTIES COMPILE_OPTIONS "-mavx2")
-set_source_files_properties(${ZVF_AVX512_SOURCES} PROPERTIES COMPILE_OPTIONS "-mavx512f;-mavx512bw;-mavx512vbmi")
+set_source_files_properties(${ZVF_AVX512_SOURCES} PROPERTIES COMPILE_OPTIONS "-mavx512f;-mavx512bw;-mavx512vbmi;-mavx512vnni")
 
 set(ZVF_MODULE_SOURCES
   ${PROJECT_SOURCE_DIR}/module/core_loader.cpp

@@ -19,7 +19,7 @@ uint32_t DetectProcessorFeatures() {
     if (__builtin_cpu_supports("avx2")) f |= cpu::avx2;
     // The runtime's check includes the system's saving of the registers.
     if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-        __builtin_cpu_supports("avx512vbmi"))
+        __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vnni"))
         f |= cpu::avx512;
 #endif
     return f;

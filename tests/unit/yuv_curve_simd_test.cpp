@@ -114,7 +114,7 @@ void FillTables(int trial, std::mt19937& rng, uint8_t (&tables)[3][256]) {
 }
 
 TEST(YuvCurveSimd, TableKernelMatchesScalarByteForByte) {
-    if (!test::ProcessorRuns(SimdLevel::avx512)) GTEST_SKIP() << "no AVX-512 VBMI on this processor";
+    if (!test::ProcessorRuns(SimdLevel::avx512)) GTEST_SKIP() << "no AVX-512 level on this processor";
     std::mt19937 rng(77);
     uint8_t tables[3][256];
     for (int trial = 0; trial < 8; ++trial) {

@@ -1,7 +1,7 @@
-// AVX-512 (BW) twin of Matrix's line kernel: the AVX2 loops on sixteen
-// pairs (64 output bytes) per step, both the 16-bit loop of kernels with a
-// narrow form and the 32-bit one of the others; the shorter rest goes to the
-// AVX2 loops.
+// AVX-512 (BW, VNNI) twin of Matrix's line kernel: the AVX2 loops on
+// sixteen pairs (64 output bytes) per step, both the 16-bit loop of kernels
+// with a narrow form and the 32-bit one of the others, whose multiply-adds
+// accumulate in one instruction; the shorter rest goes to the AVX2 loops.
 // Every shuffle, unpack and pack works inside 128-bit lanes, each holding
 // four whole pairs, exactly as in the AVX2 loops, so the bytes come out in
 // order. Helpers are forced inline: 512-bit values are never
@@ -175,8 +175,8 @@ void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdif
                 const __m512i w = Load(lines[r] + o + 4 * p - (p == 0 ? 4 : 8));
                 const __m512i lc = _mm512_shuffle_epi8(w, p == 0 ? leftCentreTaps : leftCentreTapsLate);
                 const __m512i rt = _mm512_shuffle_epi8(w, p == 0 ? rightTaps : rightTapsLate);
-                sums[p] = _mm512_add_epi32(sums[p], _mm512_madd_epi16(lc, leftCentre[r]));
-                sums[p] = _mm512_add_epi32(sums[p], _mm512_madd_epi16(rt, right[r]));
+                sums[p] = _mm512_dpwssd_epi32(sums[p], lc, leftCentre[r]);
+                sums[p] = _mm512_dpwssd_epi32(sums[p], rt, right[r]);
             }
         }
         if (normalize)

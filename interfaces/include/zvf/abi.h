@@ -209,7 +209,7 @@ protected:
 
 namespace cpu {
 constexpr uint32_t mmx = 1u << 0, sse = 1u << 1, sse2 = 1u << 2, ssse3 = 1u << 3, sse41 = 1u << 4, avx2 = 1u << 5;
-// AVX-512 F, BW and VBMI, with the system saving their registers.
+// AVX-512 F, BW, VBMI and VNNI, with the system saving their registers.
 constexpr uint32_t avx512 = 1u << 6;
 }
 
