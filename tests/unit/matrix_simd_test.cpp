@@ -3,7 +3,7 @@
 // (2 to 130 pixels) starting at odd pair offsets, coefficients from the
 // dialog's range to extreme 16-bit values and kernels on either side of the
 // narrow form's bound (weights totalling 128 and 129, scaled by powers of
-// two), guard bytes around the output; and whole fields at every level, at
+// two), the scaled and split forms, guard bytes around the output; and whole fields at every level, at
 // the frame's right edge and in place.
 #include <gtest/gtest.h>
 
@@ -37,7 +37,7 @@ std::vector<Level> Levels() {
 }
 
 // Kinds of coefficients: even kinds are not normalised, odd ones are.
-constexpr int kKinds = 16;
+constexpr int kKinds = 18;
 
 // Small weights scaled by 2^t (t = 0 unless normalising) whose magnitudes
 // total `magnitude`, capped so that each coefficient fits 16 bits; all of one
@@ -105,6 +105,18 @@ MatrixCoefficients Coefficients(std::mt19937& rng, int kind) {
                 for (int k = 0; k < 3; ++k) row[k] = static_cast<int16_t>(row[k] * factor);
             c.normalize = kind % 2;
             EXPECT_TRUE(ScaledMatrix(c, &unused) || NarrowMatrix(c, &unused));
+            return c;
+        }
+        case 8: {  // small kernel values as the dialog derives them: mostly split forms when normalised
+            MatrixRecord record;
+            record.normalize = kind % 2;
+            int32_t sum = 0;
+            do {
+                sum = 0;
+                for (int32_t& v : record.kernel) sum += v = static_cast<int32_t>(rng() % 29) - 14;
+            } while (sum == 0);
+            const MatrixCoefficients c = DeriveMatrixCoefficients(record);
+            EXPECT_TRUE(SixteenBitMatrix(c, &unused));
             return c;
         }
         default:

@@ -170,6 +170,95 @@ TEST(MatrixNarrow, ScaledFormTakesTheCommonFactor) {
     }
 }
 
+// Kernels with neither form whose coefficients are a factor times small
+// weights plus small residuals.
+TEST(MatrixNarrow, SplitFormTakesWeightsAndResiduals) {
+    struct Case {
+        const char* what;
+        int16_t rows[9];
+        int32_t normalize;
+        bool split;
+        int16_t scale;
+        int8_t weights[9];
+        int8_t residuals[9];
+        int16_t chromaBias, residualBias;  // -128 x each total
+    };
+    const Case cases[] = {
+        {"1 2 1 / 2 5 2 / 1 2 1 normalised by 17: 240 x k + (0, 1, 4)",
+         {240, 481, 240, 481, 1204, 481, 240, 481, 240}, 1, true, 240, {1, 2, 1, 2, 5, 2, 1, 2, 1},
+         {0, 1, 0, 1, 4, 1, 0, 1, 0}, -2176, -1024},
+        {"sharpen around 200, not normalised: 199 x 1 + (-1, 1)", {0, -1, 0, -1, 200, -1, 0, -1, 0}, 0, true, 199,
+         {0, 0, 0, 0, 1, 0, 0, 0, 0}, {0, -1, 0, -1, 1, -1, 0, -1, 0}, -128, 384},
+        {"-32768 alone: 32767 x -1 - 1", {0, 0, 0, 0, -32768, 0, 0, 0, 0}, 0, true, 32767, {0, 0, 0, 0, -1, 0, 0, 0, 0},
+         {0, 0, 0, 0, -1, 0, 0, 0, 0}, 128, 128},
+        {"box of 455s: the scaled form instead", {455, 455, 455, 455, 455, 455, 455, 455, 455}, 1, false, 0, {}, {}, 0,
+         0},
+        {"sharpen: the power-of-two form instead", {0, -4096, 0, -4096, 20480, -4096, 0, -4096, 0}, 1, false, 0, {}, {},
+         0, 0},
+        {"unrelated large values", {12345, -23456, 32767, 1111, 2222, 3331, -4447, 5557, 6661}, 0, false, 0, {}, {},
+         0, 0},
+        {"12345, -23456, 32767 and 1..6: 617 x (20, -38, 53) + (5, -10, 66), the rest residuals",
+         {12345, -23456, 32767, 1, 2, 3, 4, 5, 6}, 0, true, 617, {20, -38, 53, 0, 0, 0, 0, 0, 0},
+         {5, -10, 66, 1, 2, 3, 4, 5, 6}, -4480, -10496},
+        {"all zero", {0, 0, 0, 0, 0, 0, 0, 0, 0}, 0, false, 0, {}, {}, 0, 0},
+    };
+    for (const Case& k : cases) {
+        MatrixCoefficients c;
+        c.valid = 1;
+        c.normalize = k.normalize;
+        for (int i = 0; i < 9; ++i) c.rows[i / 3][i % 3] = k.rows[i];
+        MatrixNarrow n;
+        ASSERT_EQ(SplitMatrix(c, &n), k.split) << k.what;
+        if (!k.split) continue;
+        EXPECT_TRUE(n.split) << k.what;
+        EXPECT_EQ(n.scale, k.scale) << k.what;
+        for (int i = 0; i < 9; ++i) {
+            EXPECT_EQ(n.weights[i / 3][i % 3], k.weights[i]) << k.what << " cell " << i;
+            EXPECT_EQ(n.residuals[i / 3][i % 3], k.residuals[i]) << k.what << " cell " << i;
+        }
+        EXPECT_EQ(n.chromaBias, k.chromaBias) << k.what;
+        EXPECT_EQ(n.residualBias, k.residualBias) << k.what;
+    }
+}
+
+// Every form found must give back each coefficient exactly and keep both
+// sums inside 16 bits; normalised kernels of small values, the usual ones,
+// should all find one.
+TEST(MatrixNarrow, FormsRebuildTheCoefficientsOfSmallNormalisedKernels) {
+    std::mt19937 rng(17);
+    int32_t splits = 0;
+    for (int trial = 0; trial < 4000; ++trial) {
+        MatrixRecord record;
+        int32_t magnitude = 0, sum = 0;
+        const auto spread = 1 + rng() % 28;  // values up to +-28: magnitudes up to 252
+        for (int32_t& v : record.kernel) {
+            v = static_cast<int32_t>(rng() % (2 * spread + 1)) - static_cast<int32_t>(spread);
+            magnitude += v < 0 ? -v : v;
+            sum += v;
+        }
+        if (sum == 0) continue;
+        const MatrixCoefficients c = DeriveMatrixCoefficients(record);
+        MatrixNarrow n;
+        const bool found = SixteenBitMatrix(c, &n);
+        if (magnitude <= 128) {
+            EXPECT_TRUE(found) << "trial " << trial;
+        }
+        if (!found) continue;
+        splits += n.split ? 1 : 0;
+        int32_t weights = 0, residuals = 0;
+        for (int i = 0; i < 9; ++i) {
+            const int32_t w = n.weights[i / 3][i % 3], r = n.residuals[i / 3][i % 3];
+            const int32_t factor = n.split || n.scale != 0 ? n.scale : 1 << (12 - n.shift);
+            ASSERT_EQ(c.rows[i / 3][i % 3], factor * w + r) << "trial " << trial << " cell " << i;
+            weights += w < 0 ? -w : w;
+            residuals += r < 0 ? -r : r;
+        }
+        EXPECT_LE(weights, 128);
+        EXPECT_LE(residuals, 128);
+    }
+    EXPECT_GT(splits, 1000);
+}
+
 TEST(MatrixKernel, HandComputedResults) {
     struct Case {
         const char* what;

@@ -9,9 +9,10 @@
 // registers; the sums start at a per-lane bias that re-centres chroma, and
 // one arithmetic shift serves both, a negative luma sum being made white
 // after packing, as in the 16-bit loop.
-// Kernels with a narrow or scaled form take a cheaper loop: bytes times
-// signed byte weights, two taps per product pair, summed in 16 bits, then
-// shifted or multiplied by the kernel's common factor.
+// Kernels with a narrow, scaled or split form take a cheaper loop: bytes
+// times signed byte weights, two taps per product pair, summed in 16 bits,
+// then shifted or multiplied by the kernel's common factor (the split form
+// keeps a second sum for its residuals and adds it in the same multiply).
 #include "matrix_kernel.h"
 
 #if defined(__AVX2__)
@@ -40,11 +41,13 @@ alignas(32) constexpr int8_t kLeftRight[32] = {2, 6, 1, 9, 4, 8, 3, 11, 6, 10, 5
 // the 16-bit halves of lane j, or its right tap alone. The second 32 bytes
 // are the same for a window starting 8 bytes before the pair.
 alignas(32) constexpr int8_t kWideLeftCentre[64] = {
-    2, -1, 4, -1, 1, -1, 5, -1, 4, -1, 6, -1, 3, -1, 7, -1, 2, -1, 4, -1, 1, -1, 5, -1, 4, -1, 6, -1, 3, -1, 7, -1,
+    2, -1, 4, -1, 1, -1, 5, -1, 4, -1, 6,  -1, 3, -1, 7,  -1, 2, -1, 4, -1, 1, -1, 5, -1, 4, -1, 6,  -1, 3, -1, 7,  -1,
     6, -1, 8, -1, 5, -1, 9, -1, 8, -1, 10, -1, 7, -1, 11, -1, 6, -1, 8, -1, 5, -1, 9, -1, 8, -1, 10, -1, 7, -1, 11, -1};
 alignas(32) constexpr int8_t kWideRight[64] = {
-    6, -1, -1, -1, 9, -1, -1, -1, 8, -1, -1, -1, 11, -1, -1, -1, 6, -1, -1, -1, 9, -1, -1, -1, 8, -1, -1, -1, 11, -1, -1, -1,
-    10, -1, -1, -1, 13, -1, -1, -1, 12, -1, -1, -1, 15, -1, -1, -1, 10, -1, -1, -1, 13, -1, -1, -1, 12, -1, -1, -1, 15, -1, -1, -1};
+    6,  -1, -1, -1, 9,  -1, -1, -1, 8,  -1, -1, -1, 11, -1, -1, -1,  // window 4 bytes before the pair
+    6,  -1, -1, -1, 9,  -1, -1, -1, 8,  -1, -1, -1, 11, -1, -1, -1,
+    10, -1, -1, -1, 13, -1, -1, -1, 12, -1, -1, -1, 15, -1, -1, -1,  // 8 bytes before
+    10, -1, -1, -1, 13, -1, -1, -1, 12, -1, -1, -1, 15, -1, -1, -1};
 
 __attribute__((always_inline)) inline __m256i Pair(int32_t first, int32_t second) {
     const auto low = static_cast<uint16_t>(static_cast<uint8_t>(first));
@@ -67,24 +70,36 @@ __attribute__((always_inline)) inline __m256i Pair(int32_t first, int32_t second
 // the high half of S times 16 g, and the sums finish as in the shifted form;
 // otherwise the products go to 32 bits (low and high halves interleaved),
 // are shifted, and are packed back to 16 bits for the same cap and 128.
+// The split form takes its residual sums from the same shuffled bytes and
+// finishes as the scaled one, g Sw + Sr being one multiply-add of the
+// interleaved sums by (g, 1).
 template <MatrixFinish kFinish>
 ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                       const MatrixNarrow& n, bool normalize) {
     const __m256i leftRight = Load(reinterpret_cast<const uint8_t*>(kLeftRight));
-    __m256i sideWeights[3];
-    bool sides[3];
+    constexpr bool kSplit = kFinish == MatrixFinish::kSplit;
+    const auto& m = n.residuals;
+    __m256i sideWeights[3], sideResiduals[3];
+    bool sides[3], residualSides[3];
     for (int r = 0; r < 3; ++r) {
         sideWeights[r] = Pair(n.weights[r][0], n.weights[r][2]);
-        sides[r] = n.weights[r][0] != 0 || n.weights[r][2] != 0;
+        sideResiduals[r] = Pair(m[r][0], m[r][2]);
+        residualSides[r] = m[r][0] != 0 || m[r][2] != 0;
+        sides[r] = n.weights[r][0] != 0 || n.weights[r][2] != 0 || residualSides[r];
     }
     const __m256i outerCentres = Pair(n.weights[0][1], n.weights[2][1]);
     const __m256i middleCentre = Pair(n.weights[1][1], 0);
-    const bool outer = n.weights[0][1] != 0 || n.weights[2][1] != 0;
-    const bool middle = n.weights[1][1] != 0;
+    const __m256i outerResiduals = Pair(m[0][1], m[2][1]);
+    const __m256i middleResidual = Pair(m[1][1], 0);
+    const bool residualOuter = m[0][1] != 0 || m[2][1] != 0, residualMiddle = m[1][1] != 0;
+    const bool outer = n.weights[0][1] != 0 || n.weights[2][1] != 0 || residualOuter;
+    const bool middle = n.weights[1][1] != 0 || residualMiddle;
+    const __m256i factorAndOne = _mm256_set1_epi32(static_cast<int32_t>((1u << 16) | static_cast<uint16_t>(n.scale)));
     const __m256i chromaWords = _mm256_set1_epi32(static_cast<int32_t>(0xFFFF0000u));
     const int32_t start = n.chromaBias + (kFinish == MatrixFinish::kUnshifted ? 128 : 0);
     const __m256i bias = _mm256_and_si256(_mm256_set1_epi16(static_cast<int16_t>(start)), chromaWords);
     const __m256i back = _mm256_and_si256(_mm256_set1_epi16(128), chromaWords);
+    const __m256i residualStart = _mm256_and_si256(_mm256_set1_epi16(n.residualBias), chromaWords);
     const __m256i cap = normalize ? _mm256_or_si256(_mm256_set1_epi32(255), chromaWords) : _mm256_set1_epi8(-1);
     const __m128i shift = _mm_cvtsi32_si128(n.shift);
     const __m256i zero = _mm256_setzero_si256();
@@ -95,27 +110,49 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
     for (; o + 32 <= to; o += 32) {
         // No sum leaves 16 bits: the narrow form bounds them all.
         __m256i lo = bias, hi = bias;
+        __m256i rlo = residualStart, rhi = residualStart;  // the split form's second sums
         for (int r = 0; r < 3; ++r) {
             if (!sides[r]) continue;
             const __m256i a = _mm256_shuffle_epi8(Load(lines[r] + o - 4), leftRight);
             const __m256i b = _mm256_shuffle_epi8(Load(lines[r] + o + 4), leftRight);
             lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(a, sideWeights[r]));
             hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(b, sideWeights[r]));
+            if (kSplit && residualSides[r]) {
+                rlo = _mm256_add_epi16(rlo, _mm256_maddubs_epi16(a, sideResiduals[r]));
+                rhi = _mm256_add_epi16(rhi, _mm256_maddubs_epi16(b, sideResiduals[r]));
+            }
         }
         if (outer) {
             const __m256i above = Load(lines[0] + o), below = Load(lines[2] + o);
-            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(_mm256_unpacklo_epi8(above, below), outerCentres));
-            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(_mm256_unpackhi_epi8(above, below), outerCentres));
+            const __m256i a = _mm256_unpacklo_epi8(above, below), b = _mm256_unpackhi_epi8(above, below);
+            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(a, outerCentres));
+            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(b, outerCentres));
+            if (kSplit && residualOuter) {
+                rlo = _mm256_add_epi16(rlo, _mm256_maddubs_epi16(a, outerResiduals));
+                rhi = _mm256_add_epi16(rhi, _mm256_maddubs_epi16(b, outerResiduals));
+            }
         }
         if (middle) {
             const __m256i same = Load(lines[1] + o);
-            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(_mm256_unpacklo_epi8(same, zero), middleCentre));
-            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(_mm256_unpackhi_epi8(same, zero), middleCentre));
+            const __m256i a = _mm256_unpacklo_epi8(same, zero), b = _mm256_unpackhi_epi8(same, zero);
+            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(a, middleCentre));
+            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(b, middleCentre));
+            if (kSplit && residualMiddle) {
+                rlo = _mm256_add_epi16(rlo, _mm256_maddubs_epi16(a, middleResidual));
+                rhi = _mm256_add_epi16(rhi, _mm256_maddubs_epi16(b, middleResidual));
+            }
         }
-        if constexpr (kFinish == MatrixFinish::kScaled) {
+        if constexpr (kFinish == MatrixFinish::kScaled || kSplit) {
             __m256i p[4];
             for (int h = 0; h < 2; ++h) {
                 const __m256i sums = h == 0 ? lo : hi;
+                if constexpr (kSplit) {
+                    // g Sw + Sr, exact in 32 bits.
+                    const __m256i residuals = h == 0 ? rlo : rhi;
+                    p[2 * h] = _mm256_madd_epi16(_mm256_unpacklo_epi16(sums, residuals), factorAndOne);
+                    p[2 * h + 1] = _mm256_madd_epi16(_mm256_unpackhi_epi16(sums, residuals), factorAndOne);
+                    continue;
+                }
                 const __m256i low = _mm256_mullo_epi16(sums, scale), high = _mm256_mulhi_epi16(sums, scale);
                 p[2 * h] = _mm256_unpacklo_epi16(low, high);
                 p[2 * h + 1] = _mm256_unpackhi_epi16(low, high);
@@ -164,6 +201,9 @@ void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdif
             break;
         case MatrixFinish::kScaledHigh:
             o = NarrowSteps<MatrixFinish::kScaledHigh>(lines, out, from, to, narrow, normalize);
+            break;
+        case MatrixFinish::kSplit:
+            o = NarrowSteps<MatrixFinish::kSplit>(lines, out, from, to, narrow, normalize);
             break;
     }
     if (o < to) MatrixLineSse2(lines, out, o, to, c);

@@ -134,6 +134,11 @@ void MatrixNarrowLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrd
         case MatrixFinish::kScaledHigh:
             o = NarrowSteps<MatrixFinish::kScaledHigh>(lines, out, from, to, narrow, normalize);
             break;
+        case MatrixFinish::kSplit:
+            // Two 16-bit sums cost more here than the 32-bit loop, whose
+            // multiply-adds accumulate in one instruction.
+            MatrixWideLineAvx512(lines, out, from, to, c);
+            return;
     }
     if (o < to) MatrixNarrowLineAvx2(lines, out, o, to, c, narrow);
 }

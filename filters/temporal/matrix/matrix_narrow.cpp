@@ -1,5 +1,7 @@
 #include "matrix_narrow.h"
 
+#include <algorithm>
+
 namespace zvf::filters {
 namespace {
 
@@ -65,11 +67,74 @@ bool ScaledMatrix(const MatrixCoefficients& c, MatrixNarrow* out) {
     return !NarrowMatrix(c, &unused) && ScaledForm(c, out);
 }
 
+namespace {
+
+int32_t Magnitude(int32_t v) { return v < 0 ? -v : v; }
+
+// The split form with factor g: each weight the nearest multiple of g,
+// the residual what is left.
+bool SplitBy(const MatrixCoefficients& c, int32_t g, MatrixNarrow& n) {
+    int32_t weights = 0, residuals = 0, weightTotal = 0, residualTotal = 0;
+    for (int r = 0; r < 3; ++r) {
+        for (int k = 0; k < 3; ++k) {
+            const int32_t v = c.rows[r][k];
+            const int32_t w = v >= 0 ? (v + g / 2) / g : -((g / 2 - v) / g);
+            const int32_t rest = v - g * w;
+            weights += Magnitude(w);
+            residuals += Magnitude(rest);
+            if (weights > 128 || residuals > 128 || w > 127 || rest > 127) return false;
+            n.weights[r][k] = static_cast<int8_t>(w);
+            n.residuals[r][k] = static_cast<int8_t>(rest);
+            weightTotal += w;
+            residualTotal += rest;
+        }
+    }
+    n.chromaBias = static_cast<int16_t>(-128 * weightTotal);
+    n.residualBias = static_cast<int16_t>(-128 * residualTotal);
+    n.shift = 0;
+    n.scale = static_cast<int16_t>(g);
+    n.split = true;
+    return true;
+}
+
+// The split form, for a kernel already known to lack the others. The
+// largest coefficient m has some weight w, and then g is within one of m / w
+// whenever the residuals are small next to g, as for normalised kernels.
+// Since sum |c| <= 128 g + 128, g has a floor, which ends the search early.
+bool SplitForm(const MatrixCoefficients& c, MatrixNarrow* out) {
+    int32_t most = 0, all = 0;
+    for (const auto& row : c.rows) {
+        for (int k = 0; k < 3; ++k) {
+            most = std::max(most, Magnitude(row[k]));
+            all += Magnitude(row[k]);
+        }
+    }
+    MatrixNarrow n;
+    for (int32_t w = 1; w <= 127; ++w) {
+        const int32_t near = (most + w / 2) / w;
+        if (near < 2 || all > 128 * (near + 1) + 128) return false;
+        for (int32_t g = near - 1; g <= near + 1; ++g) {
+            if (g < 2 || g > 32767 || !SplitBy(c, g, n)) continue;
+            *out = n;
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+bool SplitMatrix(const MatrixCoefficients& c, MatrixNarrow* out) {
+    MatrixNarrow unused;
+    return !NarrowMatrix(c, &unused) && !ScaledForm(c, &unused) && SplitForm(c, out);
+}
+
 bool SixteenBitMatrix(const MatrixCoefficients& c, MatrixNarrow* out) {
-    return NarrowMatrix(c, out) || ScaledForm(c, out);
+    return NarrowMatrix(c, out) || ScaledForm(c, out) || SplitForm(c, out);
 }
 
 MatrixFinish FinishOf(const MatrixNarrow& n, bool normalize) {
+    if (n.split) return MatrixFinish::kSplit;
     if (n.scale == 0) return n.shift != 0 ? MatrixFinish::kShifted : MatrixFinish::kUnshifted;
     return normalize && n.scale < 2048 ? MatrixFinish::kScaledHigh : MatrixFinish::kScaled;
 }

@@ -19,6 +19,11 @@ struct MatrixNarrow {
     // (2..32767), which the 16-bit sums are multiplied by in 32 bits before
     // the usual normalising shift; `shift` is then 0.
     int16_t scale = 0;
+    // The split form: each coefficient is scale x weight + residual, and a
+    // second 16-bit sum takes the residuals. Zero in the other forms.
+    bool split = false;
+    int8_t residuals[3][3] = {};
+    int16_t residualBias = 0;  // -128 x the residuals' total
 };
 
 // True, filling `out`, when every sum of the instance's kernel is exact in
@@ -38,15 +43,25 @@ bool NarrowMatrix(const MatrixCoefficients& c, MatrixNarrow* out);
 // 32-bit sum itself.
 bool ScaledMatrix(const MatrixCoefficients& c, MatrixNarrow* out);
 
-// Either form, the power-of-two one first: whether the kernel's sums fit 16
+// True, filling `out` with a split form, for a kernel without either form
+// above whose coefficients are g x w + r, with w and r both such small
+// weights and g in 2..32767: a kernel normalised by a sum that does not
+// divide 4096 evenly, such as 1 2 1 / 2 5 2 / 1 2 1 (240, 481 and 1204 are
+// 240 x (1, 2, 5) + (0, 1, 4)). Both 16-bit sums, Sw of the weights and Sr
+// of the residuals, are exact, and g Sw + Sr is the 32-bit sum: one 16-bit
+// multiply-add. Searched from the largest coefficient's likely weights, so
+// it may miss a form that exists; a miss only costs speed.
+bool SplitMatrix(const MatrixCoefficients& c, MatrixNarrow* out);
+
+// Any of the three forms, cheapest first: whether the kernel's sums fit 16
 // bits, for the SIMD loops that choose once per field or line.
 bool SixteenBitMatrix(const MatrixCoefficients& c, MatrixNarrow* out);
 
 // How a 16-bit form's sums become output bytes: shifted by `shift` (or not
 // at all), or multiplied by `scale` as the high half of S x 16 scale when
 // normalising with a scale below 2048 (exactly (scale S) >> 12), else in
-// 32 bits.
-enum class MatrixFinish { kShifted, kUnshifted, kScaled, kScaledHigh };
+// 32 bits; the split form's two sums meet in 32 bits.
+enum class MatrixFinish { kShifted, kUnshifted, kScaled, kScaledHigh, kSplit };
 MatrixFinish FinishOf(const MatrixNarrow& n, bool normalize);
 
 }  // namespace zvf::filters
