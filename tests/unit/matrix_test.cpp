@@ -82,6 +82,15 @@ struct MatrixFrame {
     host::Frame dst;
 };
 
+// Valid coefficients from nine row-major values.
+MatrixCoefficients CoefficientsOf(const int16_t (&rows)[9], int32_t normalize) {
+    MatrixCoefficients c;
+    c.valid = 1;
+    c.normalize = normalize;
+    for (int i = 0; i < 9; ++i) c.rows[i / 3][i % 3] = rows[i];
+    return c;
+}
+
 TEST(MatrixNarrow, KernelsWithSmallScaledWeightsAndNoOthers) {
     struct Case {
         const char* what;
@@ -116,10 +125,7 @@ TEST(MatrixNarrow, KernelsWithSmallScaledWeightsAndNoOthers) {
         {"-32768 not normalised", {0, 0, 0, 0, 0, 0, 0, 0, -32768}, 0, false, {}, 0, 0},
     };
     for (const Case& k : cases) {
-        MatrixCoefficients c;
-        c.valid = 1;
-        c.normalize = k.normalize;
-        for (int i = 0; i < 9; ++i) c.rows[i / 3][i % 3] = k.rows[i];
+        const MatrixCoefficients c = CoefficientsOf(k.rows, k.normalize);
         MatrixNarrow n;
         ASSERT_EQ(NarrowMatrix(c, &n), k.narrow) << k.what;
         if (!k.narrow) continue;
@@ -156,10 +162,7 @@ TEST(MatrixNarrow, ScaledFormTakesTheCommonFactor) {
         {"all zero", {0, 0, 0, 0, 0, 0, 0, 0, 0}, 0, false, {}, 0, 0},
     };
     for (const Case& k : cases) {
-        MatrixCoefficients c;
-        c.valid = 1;
-        c.normalize = k.normalize;
-        for (int i = 0; i < 9; ++i) c.rows[i / 3][i % 3] = k.rows[i];
+        const MatrixCoefficients c = CoefficientsOf(k.rows, k.normalize);
         MatrixNarrow n;
         ASSERT_EQ(ScaledMatrix(c, &n), k.scaled) << k.what;
         if (!k.scaled) continue;
@@ -203,10 +206,7 @@ TEST(MatrixNarrow, SplitFormTakesWeightsAndResiduals) {
         {"all zero", {0, 0, 0, 0, 0, 0, 0, 0, 0}, 0, false, 0, {}, {}, 0, 0},
     };
     for (const Case& k : cases) {
-        MatrixCoefficients c;
-        c.valid = 1;
-        c.normalize = k.normalize;
-        for (int i = 0; i < 9; ++i) c.rows[i / 3][i % 3] = k.rows[i];
+        const MatrixCoefficients c = CoefficientsOf(k.rows, k.normalize);
         MatrixNarrow n;
         ASSERT_EQ(SplitMatrix(c, &n), k.split) << k.what;
         if (!k.split) continue;

@@ -55,6 +55,13 @@ __attribute__((always_inline)) inline __m256i Pair(int32_t first, int32_t second
     return _mm256_set1_epi16(static_cast<int16_t>(low | high));
 }
 
+// Adds the byte pairs of the low and high halves times their two weights.
+__attribute__((always_inline)) inline void Accumulate(__m256i& lo, __m256i& hi, const __m256i& low,
+                                                      const __m256i& high, const __m256i& weights) {
+    lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(low, weights));
+    hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(high, weights));
+}
+
 // Whole steps of 32 output bytes from the narrow form; returns where it
 // stopped. A 32-byte load 4 bytes before the step serves outputs 0-7 and
 // 16-23, one 4 bytes after it outputs 8-15 and 24-31: the byte unpacks of a
@@ -115,32 +122,20 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
             if (!sides[r]) continue;
             const __m256i a = _mm256_shuffle_epi8(Load(lines[r] + o - 4), leftRight);
             const __m256i b = _mm256_shuffle_epi8(Load(lines[r] + o + 4), leftRight);
-            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(a, sideWeights[r]));
-            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(b, sideWeights[r]));
-            if (kSplit && residualSides[r]) {
-                rlo = _mm256_add_epi16(rlo, _mm256_maddubs_epi16(a, sideResiduals[r]));
-                rhi = _mm256_add_epi16(rhi, _mm256_maddubs_epi16(b, sideResiduals[r]));
-            }
+            Accumulate(lo, hi, a, b, sideWeights[r]);
+            if (kSplit && residualSides[r]) Accumulate(rlo, rhi, a, b, sideResiduals[r]);
         }
         if (outer) {
             const __m256i above = Load(lines[0] + o), below = Load(lines[2] + o);
             const __m256i a = _mm256_unpacklo_epi8(above, below), b = _mm256_unpackhi_epi8(above, below);
-            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(a, outerCentres));
-            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(b, outerCentres));
-            if (kSplit && residualOuter) {
-                rlo = _mm256_add_epi16(rlo, _mm256_maddubs_epi16(a, outerResiduals));
-                rhi = _mm256_add_epi16(rhi, _mm256_maddubs_epi16(b, outerResiduals));
-            }
+            Accumulate(lo, hi, a, b, outerCentres);
+            if (kSplit && residualOuter) Accumulate(rlo, rhi, a, b, outerResiduals);
         }
         if (middle) {
             const __m256i same = Load(lines[1] + o);
             const __m256i a = _mm256_unpacklo_epi8(same, zero), b = _mm256_unpackhi_epi8(same, zero);
-            lo = _mm256_add_epi16(lo, _mm256_maddubs_epi16(a, middleCentre));
-            hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(b, middleCentre));
-            if (kSplit && residualMiddle) {
-                rlo = _mm256_add_epi16(rlo, _mm256_maddubs_epi16(a, middleResidual));
-                rhi = _mm256_add_epi16(rhi, _mm256_maddubs_epi16(b, middleResidual));
-            }
+            Accumulate(lo, hi, a, b, middleCentre);
+            if (kSplit && residualMiddle) Accumulate(rlo, rhi, a, b, middleResidual);
         }
         if constexpr (kFinish == MatrixFinish::kScaled || kSplit) {
             __m256i p[4];
