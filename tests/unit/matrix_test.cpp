@@ -259,6 +259,47 @@ TEST(MatrixNarrow, FormsRebuildTheCoefficientsOfSmallNormalisedKernels) {
     EXPECT_GT(splits, 1000);
 }
 
+// A form's weights factor into a column and a row of small integers, the
+// row starting positive, or the kernel takes the direct loops.
+TEST(MatrixNarrow, SeparableFormsFactorTheWeights) {
+    struct Case {
+        const char* what;
+        int16_t rows[9];
+        int32_t normalize;
+        bool separable;
+        int8_t down[3];
+        int8_t across[3];
+    };
+    const Case cases[] = {
+        {"box of 455s (scaled)", {455, 455, 455, 455, 455, 455, 455, 455, 455}, 1, true, {1, 1, 1}, {1, 1, 1}},
+        {"binomial (shifted)", {256, 512, 256, 512, 1024, 512, 256, 512, 256}, 1, true, {1, 2, 1}, {1, 2, 1}},
+        {"row signs go down", {-1, 0, 1, -2, 0, 2, -1, 0, 1}, 0, true, {-1, -2, -1}, {1, 0, -1}},
+        {"a common factor stays down", {6, 9, 0, -4, -6, 0, 0, 0, 0}, 0, true, {3, -2, 0}, {2, 3, 0}},
+        {"a large factor down, magnitudes totalling 128", {1, 1, 0, 0, 0, 0, -63, -63, 0}, 0, true, {1, 0, -63},
+         {1, 1, 0}},
+        {"a 2 x 2 corner: the row's factor goes down", {0, 0, 0, 0, 3, 3, 0, 3, 3}, 0, true, {0, 3, 3}, {0, 1, 1}},
+        {"one row only", {0, 0, 0, 1, 2, 1, 0, 0, 0}, 0, false, {}, {}},
+        {"one column only", {0, 1, 0, 0, 2, 0, 0, 1, 0}, 0, false, {}, {}},
+        {"one tap", {0, 0, 0, 0, 5, 0, 0, 0, 0}, 0, false, {}, {}},
+        {"all zero", {0, 0, 0, 0, 0, 0, 0, 0, 0}, 0, false, {}, {}},
+        {"sharpen", {0, -4096, 0, -4096, 20480, -4096, 0, -4096, 0}, 1, false, {}, {}},
+        {"rank 1 but for one cell", {1, 2, 1, 2, 4, 2, 1, 2, 2}, 0, false, {}, {}},
+        {"split form (1 2 1 / 2 5 2 / 1 2 1)", {240, 481, 240, 481, 1204, 481, 240, 481, 240}, 1, false, {}, {}},
+    };
+    for (const Case& k : cases) {
+        const MatrixCoefficients c = CoefficientsOf(k.rows, k.normalize);
+        MatrixNarrow n;
+        MatrixSeparable s;
+        const bool sixteen = SixteenBitMatrix(c, &n);
+        ASSERT_EQ(sixteen && SeparateMatrix(n, &s), k.separable) << k.what;
+        if (!k.separable) continue;
+        for (int r = 0; r < 3; ++r) {
+            EXPECT_EQ(s.down[r], k.down[r]) << k.what << " down " << r;
+            EXPECT_EQ(s.across[r], k.across[r]) << k.what << " across " << r;
+        }
+    }
+}
+
 TEST(MatrixKernel, HandComputedResults) {
     struct Case {
         const char* what;

@@ -1,6 +1,7 @@
 #include "matrix_narrow.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace zvf::filters {
 namespace {
@@ -131,6 +132,41 @@ bool SplitMatrix(const MatrixCoefficients& c, MatrixNarrow* out) {
 
 bool SixteenBitMatrix(const MatrixCoefficients& c, MatrixNarrow* out) {
     return NarrowMatrix(c, out) || ScaledForm(c, out) || SplitForm(c, out);
+}
+
+bool SeparateMatrix(const MatrixNarrow& n, MatrixSeparable* out) {
+    if (n.split) return false;
+    // The first nonzero row, divided by its common factor and made to start
+    // positive, is the only candidate for `across` up to sign and scale.
+    int r0 = 0;
+    while (r0 < 3 && n.weights[r0][0] == 0 && n.weights[r0][1] == 0 && n.weights[r0][2] == 0) ++r0;
+    if (r0 == 3) return false;
+    const int8_t (&row)[3] = n.weights[r0];
+    int32_t g = 0, first = 0;
+    for (int k = 2; k >= 0; --k) {
+        const int32_t w = row[k];
+        if (w == 0) continue;
+        first = w;
+        g = std::gcd(g, w < 0 ? -w : w);
+    }
+    MatrixSeparable s;
+    int32_t wide = 0, tall = 0;
+    for (int k = 0; k < 3; ++k) {
+        s.across[k] = static_cast<int8_t>(row[k] / (first < 0 ? -g : g));
+        wide += s.across[k] != 0;
+    }
+    int k0 = 0;
+    while (s.across[k0] == 0) ++k0;
+    for (int r = 0; r < 3; ++r) {
+        const int32_t d = n.weights[r][k0] / s.across[k0];
+        for (int k = 0; k < 3; ++k)
+            if (n.weights[r][k] != d * s.across[k]) return false;
+        s.down[r] = static_cast<int8_t>(d);
+        tall += d != 0;
+    }
+    if (wide < 2 || tall < 2) return false;
+    *out = s;
+    return true;
 }
 
 MatrixFinish FinishOf(const MatrixNarrow& n, bool normalize) {

@@ -57,6 +57,23 @@ bool SplitMatrix(const MatrixCoefficients& c, MatrixNarrow* out);
 // bits, for the SIMD loops that choose once per field or line.
 bool SixteenBitMatrix(const MatrixCoefficients& c, MatrixNarrow* out);
 
+// A 16-bit form (other than the split one) whose weights are the products
+// down[r] x across[k] of a column and a row of small integers: a box or a
+// binomial blur. Each line's sum across its three taps, H = sum across[k] x
+// sample, can then be formed once and shared by the three output lines that
+// take the line, which add sum down[r] x H_r. That is the form's 16-bit sum
+// S itself; the products and sums may wrap in 16 bits on the way, since S
+// fits them.
+struct MatrixSeparable {
+    int8_t down[3] = {};
+    int8_t across[3] = {};
+};
+
+// True, filling `out`, when the form's weights factor so, with at least two
+// nonzero factors each way: a kernel of one row or column, or of one tap,
+// costs no more taken directly.
+bool SeparateMatrix(const MatrixNarrow& n, MatrixSeparable* out);
+
 // How a 16-bit form's sums become output bytes: shifted by `shift` (or not
 // at all), or multiplied by `scale` as the high half of S x 16 scale when
 // normalising with a scale below 2048 (exactly (scale S) >> 12), else in
