@@ -94,7 +94,8 @@ ColorWheelRecord ThirdTurn() {
     return r;
 }
 
-// Normalised by 9: coefficients of 455, too wide for the 16-bit products.
+// Normalised by 9: coefficients of 455, a common factor times weights of 1,
+// which factor into a row and a column.
 MatrixRecord Box() {
     MatrixRecord r;
     for (int32_t& k : r.kernel) k = 1;
@@ -108,11 +109,19 @@ MatrixRecord Sharpen() {
     return r;
 }
 
-// Normalised by 17: coefficients 240, 481 and 1204 share no factor, so
-// neither 16-bit form applies and the sums take 32 bits.
+// Normalised by 17: coefficients 240, 481 and 1204 share no factor; they
+// split into 240 x (1, 2, 5) + (0, 1, 4).
 MatrixRecord Soft() {
     MatrixRecord r;
     const int32_t k[9] = {1, 2, 1, 2, 5, 2, 1, 2, 1};
+    std::memcpy(r.kernel, k, sizeof k);
+    return r;
+}
+
+// Normalised by 16: (1, 2, 1) down times (1, 2, 1) across.
+MatrixRecord Binomial() {
+    MatrixRecord r;
+    const int32_t k[9] = {1, 2, 1, 2, 4, 2, 1, 2, 1};
     std::memcpy(r.kernel, k, sizeof k);
     return r;
 }
@@ -152,6 +161,10 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
          [c = DeriveMatrixCoefficients(Box())](Frames&, FieldView& v, SimdLevel l) { ConvolveMatrixField(v, c, l); }},
         {"Matrix soft",
          [c = DeriveMatrixCoefficients(Soft())](Frames&, FieldView& v, SimdLevel l) { ConvolveMatrixField(v, c, l); }},
+        {"Matrix binomial",
+         [c = DeriveMatrixCoefficients(Binomial())](Frames&, FieldView& v, SimdLevel l) {
+             ConvolveMatrixField(v, c, l);
+         }},
         {"Anti Flicker",
          [](Frames& f, FieldView& v, SimdLevel l) {
              // The other parity's rows of the same source as the neighbours.

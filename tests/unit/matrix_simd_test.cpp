@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <random>
 #include <vector>
 
@@ -228,6 +229,91 @@ TEST(MatrixSimd, FieldsMatchScalarAtEveryLevel) {
             ASSERT_TRUE(ConvolveMatrixField(vb, c, level.level));
             ASSERT_TRUE(std::equal(a.Pixels(), a.Pixels() + a.Bytes(), b.Pixels()))
                 << SimdLevelName(level.level) << " kind " << kind;
+        }
+    }
+}
+
+// A separable kernel of each finish: a normalised box (a factor below 2048)
+// and binomial (a power of two), and random products of a column and a row
+// of small integers, of either sign and with zeros, times 1, a power of two
+// or an odd factor, normalised or not.
+MatrixCoefficients SeparableKernel(std::mt19937& rng, int variant) {
+    MatrixCoefficients c;
+    c.valid = 1;
+    c.normalize = variant < 2 ? 1 : variant % 2;
+    int32_t down[3], across[3];
+    const auto Pick = [&rng](int32_t (&v)[3]) {
+        int32_t total = 0, nonzero = 0;
+        do {
+            total = nonzero = 0;
+            for (int32_t& x : v) {
+                x = static_cast<int32_t>(rng() % 13) - 6;
+                total += x < 0 ? -x : x;
+                nonzero += x != 0;
+            }
+        } while (nonzero < 2);
+        return total;
+    };
+    if (variant < 2) {
+        const int32_t box[3] = {1, 1, 1}, binomial[3] = {1, 2, 1};
+        for (int i = 0; i < 3; ++i) down[i] = across[i] = variant == 0 ? box[i] : binomial[i];
+    } else {
+        while (Pick(down) * Pick(across) > 128) {
+        }
+    }
+    int32_t most = 1;
+    for (int r = 0; r < 3; ++r)
+        for (int k = 0; k < 3; ++k) most = std::max(most, std::abs(down[r] * across[k]));
+    int32_t factor = 1;
+    if (variant == 0) factor = 455;
+    if (variant == 1) factor = 256;
+    if (variant >= 4) factor = 1 << (rng() % 8);
+    if (variant >= 6) factor = 3 + 2 * static_cast<int32_t>(rng() % static_cast<uint32_t>((32767 / most - 1) / 2));
+    for (int r = 0; r < 3; ++r)
+        for (int k = 0; k < 3; ++k) c.rows[r][k] = static_cast<int16_t>(down[r] * across[k] * factor);
+    return c;
+}
+
+// Separable kernels run only through whole fields, each line's sums across
+// formed once and shared by three output lines: fields tall enough for the
+// lines to cycle, wide enough for the middle of each line to be read from
+// the frame, flush with the right edge or not, with and without a repeated
+// last line, in place and not.
+TEST(MatrixSimd, SeparableKernelsMatchScalarOverWholeFields) {
+    std::mt19937 rng(314);
+    for (const Level& level : Levels()) {
+        for (int32_t width : {2, 5, 16, 33, 64, 65, 96, 127, 128, 129, 130, 160, 193, 300, 517}) {
+            for (int32_t height : {2, 3, 4, 7, 12}) {
+                for (int variant = 0; variant < 8; ++variant) {
+                    const MatrixCoefficients c = SeparableKernel(rng, variant);
+                    MatrixNarrow n;
+                    MatrixSeparable unused;
+                    ASSERT_TRUE(SixteenBitMatrix(c, &n) && SeparateMatrix(n, &unused)) << "variant " << variant;
+                    const int32_t left = variant % 3 == 0 ? 0 : 3;
+                    const int32_t w = left + width + (width % 3);
+                    const bool inPlace = (width + height + variant) % 2 == 0;
+                    host::Frame src(w, height), scalar(w, height), simd(w, height);
+                    for (size_t i = 0; i < src.Bytes(); ++i) {
+                        src.Pixels()[i] = Sample(rng, (width + variant) % 4, i);
+                        scalar.Pixels()[i] = simd.Pixels()[i] = inPlace ? src.Pixels()[i] : static_cast<uint8_t>(rng());
+                    }
+                    const Rect r{left, 0, left + width, height - (height + variant) % 2};
+                    for (int32_t field : {0, 1}) {
+                        FieldView a, b;
+                        host::Frame* from = inPlace ? nullptr : &src;
+                        if (OpenField(&scalar, from ? from : &scalar, &r, field, &a, OddRule::SelectorNonZero) !=
+                            status::ok)
+                            continue;  // a field with no lines in the region
+                        ASSERT_EQ(OpenField(&simd, from ? from : &simd, &r, field, &b, OddRule::SelectorNonZero),
+                                  status::ok);
+                        ASSERT_TRUE(ConvolveMatrixField(a, c, SimdLevel::scalar));
+                        ASSERT_TRUE(ConvolveMatrixField(b, c, level.level));
+                    }
+                    ASSERT_TRUE(std::equal(scalar.Pixels(), scalar.Pixels() + scalar.Bytes(), simd.Pixels()))
+                        << SimdLevelName(level.level) << " width " << width << " height " << height << " variant "
+                        << variant;
+                }
+            }
         }
     }
 }

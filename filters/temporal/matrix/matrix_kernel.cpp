@@ -17,12 +17,24 @@ struct LineLoader {
     ptrdiff_t bytes;  // 4 x pairs
     ptrdiff_t tail;   // bytes of the frame row after the region's pairs
     int32_t lastLine; // last field line inside the frame
+    // Bytes copied at either end of the line; the middle is left out when
+    // the kernel reads it from the frame (only the separable loops do).
+    ptrdiff_t ends;
 
-    void Load(uint8_t* buf, int32_t line) const {
-        if (line > lastLine) line = lastLine;
+    // Buffers the line and returns where to read it whole: its place in the
+    // frame, or the buffer for a repeated last line, which may be the output
+    // line being written.
+    const uint8_t* Load(uint8_t* buf, int32_t line) const {
+        const bool repeated = line > lastLine;
+        if (repeated) line = lastLine;
         const uint8_t* s = v.src + ptrdiff_t{line} * v.step;
         uint8_t* b = buf + kPad;
-        std::memcpy(b, s, static_cast<size_t>(bytes));
+        if (repeated || 2 * ends >= bytes) {
+            std::memcpy(b, s, static_cast<size_t>(bytes));
+        } else {
+            std::memcpy(b, s, static_cast<size_t>(ends));
+            std::memcpy(b + bytes - ends, s + bytes - ends, static_cast<size_t>(ends));
+        }
         // Left: each channel's first sample is its own neighbour.
         b[-4] = 0;
         b[-3] = b[1];  // Cb
@@ -35,6 +47,7 @@ struct LineLoader {
         e[1] = tail >= 2 ? s[bytes + 1] : e[-3];  // Cb
         e[2] = tail >= 3 ? s[bytes + 2] : e[-2];  // (unused: two luma samples on)
         e[3] = tail >= 4 ? s[bytes + 3] : e[-1];  // Cr
+        return repeated ? b : s;
     }
 };
 
@@ -60,21 +73,31 @@ inline uint8_t LumaOut(int32_t sum, bool normalize) {
 
 inline uint8_t ChromaOut(int32_t sum, bool normalize) { return Saturate((normalize ? sum >> 12 : sum) + 128); }
 
-// Slides the three buffered lines down the field, running `line` on each
-// output line.
+// A buffered line, where to read it whole, and for a separable kernel its
+// sums across.
+struct Slot {
+    uint8_t* bytes;
+    const uint8_t* row;
+    int16_t* across;
+};
+
+// Loads the first three lines, then slides the span down the field, running
+// `line` on each output line.
 template <typename Line>
-void ConvolveLines(const FieldView& v, const LineLoader& loader, uint8_t* (&buf)[3], Line line) {
+void ConvolveLines(const FieldView& v, const LineLoader& loader, Slot (&slot)[3], Line line) {
+    // The first output line uses field lines 0, 1 and 2, as the second does.
+    for (int i = 0; i < 3; ++i) slot[i].row = loader.Load(slot[i].bytes, i);
     for (int32_t j = 0; j < v.rows; ++j) {
         if (j >= 2) {
             // Slide the span down; the line entering it is not written yet.
-            uint8_t* oldest = buf[0];
-            buf[0] = buf[1];
-            buf[1] = buf[2];
-            buf[2] = oldest;
-            loader.Load(buf[2], j + 1);
+            const Slot oldest = slot[0];
+            slot[0] = slot[1];
+            slot[1] = slot[2];
+            slot[2] = oldest;
+            slot[2].row = loader.Load(slot[2].bytes, j + 1);
         }
-        const uint8_t* const lines[3] = {buf[0] + kPad, buf[1] + kPad, buf[2] + kPad};
-        line(lines, v.dst + ptrdiff_t{j} * v.step);
+        const uint8_t* const lines[3] = {slot[0].bytes + kPad, slot[1].bytes + kPad, slot[2].bytes + kPad};
+        line(slot, lines, v.dst + ptrdiff_t{j} * v.step, j);
     }
 }
 
@@ -113,31 +136,54 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
     }
     const ptrdiff_t bytes = ptrdiff_t{v.pairs} * 4;
     const ptrdiff_t lineSize = bytes + 2 * kPad;
-    std::unique_ptr<uint8_t[]> scratch(new (std::nothrow) uint8_t[static_cast<size_t>(3 * lineSize)]);
+    // Which SIMD path a kernel takes (16-bit sums, shifted or scaled, from
+    // the lines or from their sums across, or 32-bit ones) is worked out once
+    // here, not for every line.
+    MatrixNarrow narrow;
+    MatrixSeparable separable;
+    const bool sixteen = level >= SimdLevel::avx2 && SixteenBitMatrix(c, &narrow);
+    const bool separate = sixteen && SeparateMatrix(narrow, &separable);
+    // The sums across, one 16-bit word per byte, after the three lines.
+    const ptrdiff_t acrossBytes = separate ? 2 * bytes : 0;
+    std::unique_ptr<uint8_t[]> scratch(new (std::nothrow) uint8_t[static_cast<size_t>(3 * (lineSize + acrossBytes))]);
     if (!scratch) return false;
 
     const ptrdiff_t rowStart = ptrdiff_t{v.left} * kBytesPerPixel;
-    const LineLoader loader{v, bytes, ptrdiff_t{v.pitch} - rowStart - bytes, (v.height - 1 - v.firstRow) / 2};
-    uint8_t* buf[3] = {scratch.get(), scratch.get() + lineSize, scratch.get() + 2 * lineSize};
-    // The first output line uses field lines 0, 1 and 2, as the second does.
-    for (int i = 0; i < 3; ++i) loader.Load(buf[i], i);
-
-    // Which SIMD path a kernel takes (16-bit sums, shifted or scaled, or
-    // 32-bit ones) is worked out once here, not for every line.
-    MatrixNarrow narrow;
-    if (level >= SimdLevel::avx2 && SixteenBitMatrix(c, &narrow)) {
-        const bool avx512 = level >= SimdLevel::avx512;
-        ConvolveLines(v, loader, buf, [&](const uint8_t* const (&lines)[3], uint8_t* out) {
+    const LineLoader loader{v, bytes, ptrdiff_t{v.pitch} - rowStart - bytes, (v.height - 1 - v.firstRow) / 2,
+                            separate ? kMatrixEnds : bytes};
+    Slot slot[3];
+    for (int i = 0; i < 3; ++i) {
+        slot[i].bytes = scratch.get() + i * lineSize;
+        slot[i].across = reinterpret_cast<int16_t*>(scratch.get() + 3 * lineSize + i * acrossBytes);
+    }
+    const bool avx512 = level >= SimdLevel::avx512;
+    if (separate) {
+        const auto across = avx512 ? MatrixAcrossAvx512 : MatrixAcrossAvx2;
+        const auto separableLine = avx512 ? MatrixSeparableLineAvx512 : MatrixSeparableLineAvx2;
+        const auto each = [&](const Slot(&s)[3], const uint8_t* const(&lines)[3], uint8_t* out, int32_t j) {
+            // Each line's sums across are formed once, as it enters the
+            // span below; the first two lines' before the first output line.
+            if (j == 0)
+                for (int i = 0; i < 2; ++i) across(s[i].bytes + kPad, s[i].row, s[i].across, bytes, separable);
+            int16_t* const sums[3] = {s[0].across, s[1].across, s[2].across};
+            separableLine(sums, lines, s[2].row, out, bytes, c, narrow, separable);
+        };
+        ConvolveLines(v, loader, slot, each);
+        return true;
+    }
+    if (sixteen) {
+        ConvolveLines(v, loader, slot, [&](const Slot(&)[3], const uint8_t* const(&lines)[3], uint8_t* out, int32_t) {
             (avx512 ? MatrixNarrowLineAvx512 : MatrixNarrowLineAvx2)(lines, out, 0, bytes, c, narrow);
         });
         return true;
     }
-    const MatrixLineFn line = level >= SimdLevel::avx512 ? MatrixWideLineAvx512
+    const MatrixLineFn line = avx512                     ? MatrixWideLineAvx512
                               : level >= SimdLevel::avx2 ? MatrixWideLineAvx2
                               : level >= SimdLevel::sse2 ? MatrixLineSse2
                                                          : MatrixLine;
-    ConvolveLines(v, loader, buf,
-                  [&](const uint8_t* const (&lines)[3], uint8_t* out) { line(lines, out, 0, bytes, c); });
+    ConvolveLines(v, loader, slot, [&](const Slot(&)[3], const uint8_t* const(&lines)[3], uint8_t* out, int32_t) {
+        line(lines, out, 0, bytes, c);
+    });
     return true;
 }
 

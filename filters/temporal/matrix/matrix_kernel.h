@@ -60,6 +60,30 @@ void MatrixNarrowLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrd
 void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c);
 
+// Separable kernels (SeparateMatrix), whose lines' sums across are shared
+// by the output lines that take them. A line's sums cover the whole steps of
+// [0, to) (32 bytes at AVX2, 64 at AVX-512), one 16-bit word per byte in the
+// lane order of that level's 16-bit loop. Steps that read the line's edge
+// bytes take it from `line`, the buffered line, the others from `row`, its
+// place in the frame (not yet written); so the buffered line need hold only
+// its first and last kMatrixEnds bytes and its edge bytes, which also
+// covers the bytes past the whole steps.
+constexpr ptrdiff_t kMatrixEnds = 128;
+// One line's sums across into `across`.
+void MatrixAcrossAvx2(const uint8_t* line, const uint8_t* row, int16_t* across, ptrdiff_t to,
+                      const MatrixSeparable& s);
+void MatrixAcrossAvx512(const uint8_t* line, const uint8_t* row, int16_t* across, ptrdiff_t to,
+                        const MatrixSeparable& s);
+// One output line: the sums across of the line below (lines[2], at `row` in
+// the frame) into across[2], on the way to the output, which adds them to
+// those of the lines above and on it, across[0] and across[1].
+void MatrixSeparableLineAvx2(int16_t* const (&across)[3], const uint8_t* const (&lines)[3], const uint8_t* row,
+                             uint8_t* out, ptrdiff_t to, const MatrixCoefficients& c, const MatrixNarrow& narrow,
+                             const MatrixSeparable& s);
+void MatrixSeparableLineAvx512(int16_t* const (&across)[3], const uint8_t* const (&lines)[3], const uint8_t* row,
+                               uint8_t* out, ptrdiff_t to, const MatrixCoefficients& c, const MatrixNarrow& narrow,
+                               const MatrixSeparable& s);
+
 // Where the SIMD 32-bit loops start each chroma sum: -128 times the
 // coefficients' total re-centres the samples, the same integer as the sum
 // of centred products; 128 re-centres the result, shifted up by 12 when

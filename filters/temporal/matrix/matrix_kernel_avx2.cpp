@@ -13,6 +13,8 @@
 // times signed byte weights, two taps per product pair, summed in 16 bits,
 // then shifted or multiplied by the kernel's common factor (the split form
 // keeps a second sum for its residuals and adds it in the same multiply).
+// A separable kernel forms each line's sums across once, into a 16-bit line
+// in the same lane order, and each output line adds three of them.
 #include "matrix_kernel.h"
 
 #if defined(__AVX2__)
@@ -62,24 +64,94 @@ __attribute__((always_inline)) inline void Accumulate(__m256i& lo, __m256i& hi, 
     hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(high, weights));
 }
 
-// Whole steps of 32 output bytes from the narrow form; returns where it
+// Where a 16-bit loop's sums start: the chroma bias (and, unshifted,
+// chroma's 128 as well) in the chroma words.
+template <MatrixFinish kFinish>
+__attribute__((always_inline)) inline __m256i Start(int16_t bias) {
+    const int32_t start = bias + (kFinish == MatrixFinish::kUnshifted ? 128 : 0);
+    return _mm256_and_si256(_mm256_set1_epi16(static_cast<int16_t>(start)), _mm256_set1_epi32(int32_t(0xFFFF0000u)));
+}
+
+// From one step's 16-bit sums to its 32 bytes. Luma is capped at 255 as an
+// unsigned value, so that a negative sum turns white when normalising (as
+// the logical shift of the 32-bit sum makes it), while without
+// normalisation the cap is off and the pack takes negatives to 0. In the
+// scaled form each sum S is multiplied by the common factor g: when
+// normalising with g below 2048, (g S) >> 12 is the high half of S times
+// 16 g, and the sums finish as in the shifted form; otherwise the products
+// go to 32 bits (low and high halves interleaved), are shifted, and are
+// packed back to 16 bits for the same cap and 128. The split form's g Sw +
+// Sr is one multiply-add of the interleaved sums by (g, 1), and it finishes
+// as the scaled one.
+template <MatrixFinish kFinish>
+struct Finish {
+    __m256i back, cap, factorAndOne, scale, scaleHigh;
+    __m128i shift;
+    bool normalize;
+
+    Finish(const MatrixNarrow& n, bool normalise) : normalize(normalise) {
+        const __m256i chromaWords = _mm256_set1_epi32(static_cast<int32_t>(0xFFFF0000u));
+        back = _mm256_and_si256(_mm256_set1_epi16(128), chromaWords);
+        cap = normalize ? _mm256_or_si256(_mm256_set1_epi32(255), chromaWords) : _mm256_set1_epi8(-1);
+        factorAndOne = _mm256_set1_epi32(static_cast<int32_t>((1u << 16) | static_cast<uint16_t>(n.scale)));
+        scale = _mm256_set1_epi16(n.scale);
+        scaleHigh = _mm256_set1_epi16(static_cast<int16_t>(kFinish == MatrixFinish::kScaledHigh ? 16 * n.scale : 0));
+        shift = _mm_cvtsi32_si128(n.shift);
+    }
+
+    // The sums of the lower and upper unpack halves, and the split form's
+    // residual sums (ignored by the other forms).
+    __attribute__((always_inline)) inline __m256i Bytes(const __m256i& sumsLo, const __m256i& sumsHi,
+                                                        const __m256i& rlo, const __m256i& rhi) const {
+        if constexpr (kFinish == MatrixFinish::kScaled || kFinish == MatrixFinish::kSplit) {
+            __m256i p[4];
+            for (int h = 0; h < 2; ++h) {
+                const __m256i& sums = h == 0 ? sumsLo : sumsHi;
+                if constexpr (kFinish == MatrixFinish::kSplit) {
+                    // g Sw + Sr, exact in 32 bits.
+                    const __m256i& residuals = h == 0 ? rlo : rhi;
+                    p[2 * h] = _mm256_madd_epi16(_mm256_unpacklo_epi16(sums, residuals), factorAndOne);
+                    p[2 * h + 1] = _mm256_madd_epi16(_mm256_unpackhi_epi16(sums, residuals), factorAndOne);
+                    continue;
+                }
+                const __m256i low = _mm256_mullo_epi16(sums, scale), high = _mm256_mulhi_epi16(sums, scale);
+                p[2 * h] = _mm256_unpacklo_epi16(low, high);
+                p[2 * h + 1] = _mm256_unpackhi_epi16(low, high);
+            }
+            // One arithmetic shift for all: a negative luma sum then becomes a
+            // negative word, which the unsigned cap turns white, as the logical
+            // shift of the scalar kernel does. Chroma gets its 128 with a
+            // saturating add, exact inside 16 bits and a clamp beyond.
+            if (normalize)
+                for (__m256i& v : p) v = _mm256_srai_epi32(v, 12);
+            const __m256i a = _mm256_min_epu16(_mm256_adds_epi16(_mm256_packs_epi32(p[0], p[1]), back), cap);
+            const __m256i b = _mm256_min_epu16(_mm256_adds_epi16(_mm256_packs_epi32(p[2], p[3]), back), cap);
+            return _mm256_packus_epi16(a, b);
+        } else {
+            __m256i lo = sumsLo, hi = sumsHi;
+            if constexpr (kFinish == MatrixFinish::kScaledHigh) {
+                lo = _mm256_add_epi16(_mm256_min_epu16(_mm256_mulhi_epi16(lo, scaleHigh), cap), back);
+                hi = _mm256_add_epi16(_mm256_min_epu16(_mm256_mulhi_epi16(hi, scaleHigh), cap), back);
+            } else if constexpr (kFinish == MatrixFinish::kShifted) {
+                lo = _mm256_add_epi16(_mm256_min_epu16(_mm256_sra_epi16(lo, shift), cap), back);
+                hi = _mm256_add_epi16(_mm256_min_epu16(_mm256_sra_epi16(hi, shift), cap), back);
+            } else {
+                lo = _mm256_min_epu16(lo, cap);
+                hi = _mm256_min_epu16(hi, cap);
+            }
+            return _mm256_packus_epi16(lo, hi);
+        }
+    }
+};
+
+// Whole steps of 32 output bytes from a 16-bit form; returns where it
 // stopped. A 32-byte load 4 bytes before the step serves outputs 0-7 and
 // 16-23, one 4 bytes after it outputs 8-15 and 24-31: the byte unpacks of a
 // load at the step itself give the centre taps in that same order, and the
 // in-lane pack of the two halves' sums puts every byte back in order. The
 // outer lines' centre taps share one product pair; taps weighted 0 are
-// skipped. The sums start at the chroma bias (and, unshifted, at chroma's
-// 128 as well); luma is capped at 255 as an unsigned value, so that a
-// negative sum turns white when normalising (as the logical shift of the
-// 32-bit sum makes it), while without normalisation the cap is off and the
-// pack takes negatives to 0. In the scaled form each sum S is multiplied by
-// the common factor g: when normalising with g below 2048, (g S) >> 12 is
-// the high half of S times 16 g, and the sums finish as in the shifted form;
-// otherwise the products go to 32 bits (low and high halves interleaved),
-// are shifted, and are packed back to 16 bits for the same cap and 128.
-// The split form takes its residual sums from the same shuffled bytes and
-// finishes as the scaled one, g Sw + Sr being one multiply-add of the
-// interleaved sums by (g, 1).
+// skipped. The split form takes its residual sums from the same shuffled
+// bytes.
 template <MatrixFinish kFinish>
 ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                       const MatrixNarrow& n, bool normalize) {
@@ -101,18 +173,10 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
     const bool residualOuter = m[0][1] != 0 || m[2][1] != 0, residualMiddle = m[1][1] != 0;
     const bool outer = n.weights[0][1] != 0 || n.weights[2][1] != 0 || residualOuter;
     const bool middle = n.weights[1][1] != 0 || residualMiddle;
-    const __m256i factorAndOne = _mm256_set1_epi32(static_cast<int32_t>((1u << 16) | static_cast<uint16_t>(n.scale)));
-    const __m256i chromaWords = _mm256_set1_epi32(static_cast<int32_t>(0xFFFF0000u));
-    const int32_t start = n.chromaBias + (kFinish == MatrixFinish::kUnshifted ? 128 : 0);
-    const __m256i bias = _mm256_and_si256(_mm256_set1_epi16(static_cast<int16_t>(start)), chromaWords);
-    const __m256i back = _mm256_and_si256(_mm256_set1_epi16(128), chromaWords);
-    const __m256i residualStart = _mm256_and_si256(_mm256_set1_epi16(n.residualBias), chromaWords);
-    const __m256i cap = normalize ? _mm256_or_si256(_mm256_set1_epi32(255), chromaWords) : _mm256_set1_epi8(-1);
-    const __m128i shift = _mm_cvtsi32_si128(n.shift);
+    const __m256i bias = Start<kFinish>(n.chromaBias);
+    const __m256i residualStart = Start<MatrixFinish::kShifted>(n.residualBias);
     const __m256i zero = _mm256_setzero_si256();
-    const __m256i scale = _mm256_set1_epi16(n.scale);
-    const int32_t high = kFinish == MatrixFinish::kScaledHigh ? 16 * n.scale : 0;
-    const __m256i scaleHigh = _mm256_set1_epi16(static_cast<int16_t>(high));
+    const Finish<kFinish> finish(n, normalize);
     ptrdiff_t o = from;
     for (; o + 32 <= to; o += 32) {
         // No sum leaves 16 bits: the narrow form bounds them all.
@@ -137,45 +201,92 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
             Accumulate(lo, hi, a, b, middleCentre);
             if (kSplit && residualMiddle) Accumulate(rlo, rhi, a, b, middleResidual);
         }
-        if constexpr (kFinish == MatrixFinish::kScaled || kSplit) {
-            __m256i p[4];
-            for (int h = 0; h < 2; ++h) {
-                const __m256i sums = h == 0 ? lo : hi;
-                if constexpr (kSplit) {
-                    // g Sw + Sr, exact in 32 bits.
-                    const __m256i residuals = h == 0 ? rlo : rhi;
-                    p[2 * h] = _mm256_madd_epi16(_mm256_unpacklo_epi16(sums, residuals), factorAndOne);
-                    p[2 * h + 1] = _mm256_madd_epi16(_mm256_unpackhi_epi16(sums, residuals), factorAndOne);
-                    continue;
-                }
-                const __m256i low = _mm256_mullo_epi16(sums, scale), high = _mm256_mulhi_epi16(sums, scale);
-                p[2 * h] = _mm256_unpacklo_epi16(low, high);
-                p[2 * h + 1] = _mm256_unpackhi_epi16(low, high);
-            }
-            // One arithmetic shift for all: a negative luma sum then becomes a
-            // negative word, which the unsigned cap turns white, as the logical
-            // shift of the scalar kernel does. Chroma gets its 128 with a
-            // saturating add, exact inside 16 bits and a clamp beyond.
-            if (normalize)
-                for (__m256i& v : p) v = _mm256_srai_epi32(v, 12);
-            const __m256i a = _mm256_min_epu16(_mm256_adds_epi16(_mm256_packs_epi32(p[0], p[1]), back), cap);
-            const __m256i b = _mm256_min_epu16(_mm256_adds_epi16(_mm256_packs_epi32(p[2], p[3]), back), cap);
-            const __m256i bytes = _mm256_packus_epi16(a, b);
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), bytes);
-            continue;
-        } else if constexpr (kFinish == MatrixFinish::kScaledHigh) {
-            lo = _mm256_add_epi16(_mm256_min_epu16(_mm256_mulhi_epi16(lo, scaleHigh), cap), back);
-            hi = _mm256_add_epi16(_mm256_min_epu16(_mm256_mulhi_epi16(hi, scaleHigh), cap), back);
-        } else if constexpr (kFinish == MatrixFinish::kShifted) {
-            lo = _mm256_add_epi16(_mm256_min_epu16(_mm256_sra_epi16(lo, shift), cap), back);
-            hi = _mm256_add_epi16(_mm256_min_epu16(_mm256_sra_epi16(hi, shift), cap), back);
-        } else {
-            lo = _mm256_min_epu16(lo, cap);
-            hi = _mm256_min_epu16(hi, cap);
-        }
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), _mm256_packus_epi16(lo, hi));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), finish.Bytes(lo, hi, rlo, rhi));
     }
     return o;
+}
+
+// A line's sums across for one step of 32 bytes, in the 16-bit loop's lane
+// order.
+struct AcrossSums {
+    __m256i leftRight, sideWeights, centreWeight;
+
+    // A separable kernel has taps on both sides; a centre weighted 0 costs
+    // a multiply-add, as a branch would.
+    explicit AcrossSums(const MatrixSeparable& s)
+        : leftRight(Load(reinterpret_cast<const uint8_t*>(kLeftRight))),
+          sideWeights(Pair(s.across[0], s.across[2])),
+          centreWeight(Pair(s.across[1], 0)) {}
+
+    // The buffered line's ends (at least 40 bytes) serve the steps that read
+    // its edge bytes; the frame serves the rest.
+    __attribute__((always_inline)) inline void Step(const uint8_t* line, const uint8_t* row, ptrdiff_t o,
+                                                    ptrdiff_t to, __m256i& lo, __m256i& hi) const {
+        const uint8_t* at = o >= 4 && o + 36 <= to ? row : line;
+        const __m256i a = _mm256_shuffle_epi8(Load(at + o - 4), leftRight);
+        const __m256i b = _mm256_shuffle_epi8(Load(at + o + 4), leftRight);
+        const __m256i same = Load(at + o), zero = _mm256_setzero_si256();
+        lo = _mm256_maddubs_epi16(a, sideWeights);
+        hi = _mm256_maddubs_epi16(b, sideWeights);
+        Accumulate(lo, hi, _mm256_unpacklo_epi8(same, zero), _mm256_unpackhi_epi8(same, zero), centreWeight);
+    }
+};
+
+__attribute__((always_inline)) inline void StoreWords(int16_t* p, const __m256i& v) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
+}
+
+constexpr ptrdiff_t kAhead = 1024;
+// Whole steps of a separable kernel: the sums across of the line below,
+// kept for the next two output lines, and the output from them and those of
+// the two lines above.
+template <MatrixFinish kFinish, bool kOuterOnes, bool kMiddleOne>
+ptrdiff_t DownSteps(int16_t* const (&across)[3], const uint8_t* line, const uint8_t* row, uint8_t* out,
+                    ptrdiff_t to, const MatrixNarrow& n, const MatrixSeparable& s, bool normalize) {
+    const AcrossSums sums(s);
+    const __m256i bias = Start<kFinish>(n.chromaBias);
+    const int16_t* const above[2] = {across[0], across[1]};
+    int16_t* const below = across[2];
+    __m256i down[3];
+    for (int r = 0; r < 3; ++r) down[r] = _mm256_set1_epi16(s.down[r]);
+    const Finish<kFinish> finish(n, normalize);
+    ptrdiff_t o = 0;
+    for (; o + 32 <= to; o += 32) {
+        __m256i lo, hi;
+        if ((o & 32) == 0) _mm_prefetch(reinterpret_cast<const char*>(row + o + kAhead), _MM_HINT_T0);
+        sums.Step(line, row, o, to, lo, hi);
+        StoreWords(below + o, lo);
+        StoreWords(below + o + 16, hi);
+        if (!kOuterOnes) {
+            lo = _mm256_mullo_epi16(lo, down[2]);
+            hi = _mm256_mullo_epi16(hi, down[2]);
+        }
+        lo = _mm256_add_epi16(lo, bias);
+        hi = _mm256_add_epi16(hi, bias);
+        for (int r = 0; r < 2; ++r) {
+            __m256i a = Load(reinterpret_cast<const uint8_t*>(above[r] + o));
+            __m256i b = Load(reinterpret_cast<const uint8_t*>(above[r] + o + 16));
+            if (!(r == 1 ? kMiddleOne : kOuterOnes)) {
+                a = _mm256_mullo_epi16(a, down[r]);
+                b = _mm256_mullo_epi16(b, down[r]);
+            }
+            lo = _mm256_add_epi16(lo, a);
+            hi = _mm256_add_epi16(hi, b);
+        }
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), finish.Bytes(lo, hi, lo, hi));
+    }
+    return o;
+}
+
+template <MatrixFinish kFinish>
+ptrdiff_t SeparableSteps(int16_t* const (&across)[3], const uint8_t* line, const uint8_t* row, uint8_t* out,
+                    ptrdiff_t to, const MatrixNarrow& n, const MatrixSeparable& s, bool normalize) {
+    // Lines weighted 1 (all three in a box, the outer two in a binomial
+    // blur) are added without multiplies.
+    const bool outerOnes = s.down[0] == 1 && s.down[2] == 1;
+    if (outerOnes && s.down[1] == 1) return DownSteps<kFinish, true, true>(across, line, row, out, to, n, s, normalize);
+    if (outerOnes) return DownSteps<kFinish, true, false>(across, line, row, out, to, n, s, normalize);
+    return DownSteps<kFinish, false, false>(across, line, row, out, to, n, s, normalize);
 }
 
 }  // namespace
@@ -202,6 +313,41 @@ void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdif
             break;
     }
     if (o < to) MatrixLineSse2(lines, out, o, to, c);
+}
+
+void MatrixAcrossAvx2(const uint8_t* line, const uint8_t* row, int16_t* across, ptrdiff_t to,
+                      const MatrixSeparable& s) {
+    const AcrossSums sums(s);
+    for (ptrdiff_t o = 0; o + 32 <= to; o += 32) {
+        __m256i lo, hi;
+        sums.Step(line, row, o, to, lo, hi);
+        StoreWords(across + o, lo);
+        StoreWords(across + o + 16, hi);
+    }
+}
+
+void MatrixSeparableLineAvx2(int16_t* const (&across)[3], const uint8_t* const (&lines)[3], const uint8_t* row,
+                             uint8_t* out, ptrdiff_t to, const MatrixCoefficients& c, const MatrixNarrow& narrow,
+                             const MatrixSeparable& s) {
+    const bool normalize = c.normalize != 0;
+    ptrdiff_t o = 0;
+    switch (FinishOf(narrow, normalize)) {
+        case MatrixFinish::kShifted:
+            o = SeparableSteps<MatrixFinish::kShifted>(across, lines[2], row, out, to, narrow, s, normalize);
+            break;
+        case MatrixFinish::kUnshifted:
+            o = SeparableSteps<MatrixFinish::kUnshifted>(across, lines[2], row, out, to, narrow, s, normalize);
+            break;
+        case MatrixFinish::kScaled:
+            o = SeparableSteps<MatrixFinish::kScaled>(across, lines[2], row, out, to, narrow, s, normalize);
+            break;
+        case MatrixFinish::kScaledHigh:
+            o = SeparableSteps<MatrixFinish::kScaledHigh>(across, lines[2], row, out, to, narrow, s, normalize);
+            break;
+        case MatrixFinish::kSplit:  // never separable
+            break;
+    }
+    if (o < to) MatrixNarrowLineAvx2(lines, out, o, to, c, narrow);
 }
 
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
@@ -271,6 +417,14 @@ void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdif
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c) {
     MatrixLineSse2(lines, out, from, to, c);
+}
+
+// Never reached: levels above SSE2 are taken only where this unit has AVX2.
+void MatrixAcrossAvx2(const uint8_t*, const uint8_t*, int16_t*, ptrdiff_t, const MatrixSeparable&) {}
+
+void MatrixSeparableLineAvx2(int16_t* const (&)[3], const uint8_t* const (&lines)[3], const uint8_t*, uint8_t* out,
+                             ptrdiff_t to, const MatrixCoefficients& c, const MatrixNarrow&, const MatrixSeparable&) {
+    MatrixLineSse2(lines, out, 0, to, c);
 }
 
 void MatrixWideLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,

@@ -1,7 +1,8 @@
 // AVX-512 (BW, VNNI) twin of Matrix's line kernel: the AVX2 loops on
 // sixteen pairs (64 output bytes) per step, both the 16-bit loop of kernels
 // with a narrow form and the 32-bit one of the others, whose multiply-adds
-// accumulate in one instruction; the shorter rest goes to the AVX2 loops.
+// accumulate in one instruction, and the separable kernels' sums across and
+// down; the shorter rest goes to the AVX2 loops.
 // Every shuffle, unpack and pack works inside 128-bit lanes, each holding
 // four whole pairs, exactly as in the AVX2 loops, so the bytes come out in
 // order. Helpers are forced inline: 512-bit values are never
@@ -37,13 +38,69 @@ __attribute__((always_inline)) inline __m512i Pair(int32_t first, int32_t second
     return _mm512_set1_epi16(static_cast<int16_t>(low | high));
 }
 
+// Where a 16-bit loop's sums start (see the AVX2 loop).
+template <MatrixFinish kFinish>
+__attribute__((always_inline)) inline __m512i Start(int16_t bias) {
+    const int32_t start = bias + (kFinish == MatrixFinish::kUnshifted ? 128 : 0);
+    return _mm512_and_si512(_mm512_set1_epi16(static_cast<int16_t>(start)), _mm512_set1_epi32(int32_t(0xFFFF0000u)));
+}
+
+// From one step's 16-bit sums to its 64 bytes, as in the AVX2 loop (the
+// split form takes the 32-bit loop here).
+template <MatrixFinish kFinish>
+struct Finish {
+    __m512i back, cap, scale, scaleHigh;
+    __m128i shift;
+    bool normalize;
+
+    Finish(const MatrixNarrow& n, bool normalise) : normalize(normalise) {
+        const __m512i chromaWords = _mm512_set1_epi32(static_cast<int32_t>(0xFFFF0000u));
+        back = _mm512_and_si512(_mm512_set1_epi16(128), chromaWords);
+        cap = normalize ? _mm512_or_si512(_mm512_set1_epi32(255), chromaWords) : _mm512_set1_epi8(-1);
+        scale = _mm512_set1_epi16(n.scale);
+        scaleHigh = _mm512_set1_epi16(static_cast<int16_t>(kFinish == MatrixFinish::kScaledHigh ? 16 * n.scale : 0));
+        shift = _mm_cvtsi32_si128(n.shift);
+    }
+
+    __attribute__((always_inline)) inline __m512i Bytes(const __m512i& sumsLo, const __m512i& sumsHi) const {
+        if constexpr (kFinish == MatrixFinish::kScaled) {
+            __m512i p[4];
+            for (int h = 0; h < 2; ++h) {
+                const __m512i& sums = h == 0 ? sumsLo : sumsHi;
+                const __m512i low = _mm512_mullo_epi16(sums, scale), high = _mm512_mulhi_epi16(sums, scale);
+                p[2 * h] = _mm512_unpacklo_epi16(low, high);
+                p[2 * h + 1] = _mm512_unpackhi_epi16(low, high);
+            }
+            // As the AVX2 loop: one arithmetic shift, the unsigned cap for luma.
+            if (normalize)
+                for (__m512i& v : p) v = _mm512_srai_epi32(v, 12);
+            const __m512i a = _mm512_min_epu16(_mm512_adds_epi16(_mm512_packs_epi32(p[0], p[1]), back), cap);
+            const __m512i b = _mm512_min_epu16(_mm512_adds_epi16(_mm512_packs_epi32(p[2], p[3]), back), cap);
+            return _mm512_packus_epi16(a, b);
+        } else {
+            __m512i lo = sumsLo, hi = sumsHi;
+            if constexpr (kFinish == MatrixFinish::kScaledHigh) {
+                lo = _mm512_add_epi16(_mm512_min_epu16(_mm512_mulhi_epi16(lo, scaleHigh), cap), back);
+                hi = _mm512_add_epi16(_mm512_min_epu16(_mm512_mulhi_epi16(hi, scaleHigh), cap), back);
+            } else if constexpr (kFinish == MatrixFinish::kShifted) {
+                lo = _mm512_add_epi16(_mm512_min_epu16(_mm512_sra_epi16(lo, shift), cap), back);
+                hi = _mm512_add_epi16(_mm512_min_epu16(_mm512_sra_epi16(hi, shift), cap), back);
+            } else {
+                lo = _mm512_min_epu16(lo, cap);
+                hi = _mm512_min_epu16(hi, cap);
+            }
+            return _mm512_packus_epi16(lo, hi);
+        }
+    }
+};
+
 // Whole steps of 64 output bytes from the narrow form; returns where it
 // stopped. Loads 4 bytes before and after the step serve the first and the
 // second eight outputs of each 128-bit lane (see the AVX2 loop).
 template <MatrixFinish kFinish>
 ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                       const MatrixNarrow& n, bool normalize) {
-    const __m512i leftRight = _mm512_broadcast_i32x4(_mm_loadu_si128(reinterpret_cast<const __m128i*>(kLeftRight)));
+    const __m512i leftRight = Broadcast(kLeftRight);
     __m512i sideWeights[3];
     bool sides[3];
     for (int r = 0; r < 3; ++r) {
@@ -54,16 +111,9 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
     const __m512i middleCentre = Pair(n.weights[1][1], 0);
     const bool outer = n.weights[0][1] != 0 || n.weights[2][1] != 0;
     const bool middle = n.weights[1][1] != 0;
-    const __m512i chromaWords = _mm512_set1_epi32(static_cast<int32_t>(0xFFFF0000u));
-    const int32_t start = n.chromaBias + (kFinish == MatrixFinish::kUnshifted ? 128 : 0);
-    const __m512i bias = _mm512_and_si512(_mm512_set1_epi16(static_cast<int16_t>(start)), chromaWords);
-    const __m512i back = _mm512_and_si512(_mm512_set1_epi16(128), chromaWords);
-    const __m512i cap = normalize ? _mm512_or_si512(_mm512_set1_epi32(255), chromaWords) : _mm512_set1_epi8(-1);
-    const __m128i shift = _mm_cvtsi32_si128(n.shift);
+    const __m512i bias = Start<kFinish>(n.chromaBias);
     const __m512i zero = _mm512_setzero_si512();
-    const __m512i scale = _mm512_set1_epi16(n.scale);
-    const int32_t high = kFinish == MatrixFinish::kScaledHigh ? 16 * n.scale : 0;
-    const __m512i scaleHigh = _mm512_set1_epi16(static_cast<int16_t>(high));
+    const Finish<kFinish> finish(n, normalize);
     ptrdiff_t o = from;
     for (; o + 64 <= to; o += 64) {
         // No sum leaves 16 bits: the narrow form bounds them all.
@@ -85,34 +135,82 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
             lo = _mm512_add_epi16(lo, _mm512_maddubs_epi16(_mm512_unpacklo_epi8(same, zero), middleCentre));
             hi = _mm512_add_epi16(hi, _mm512_maddubs_epi16(_mm512_unpackhi_epi8(same, zero), middleCentre));
         }
-        if constexpr (kFinish == MatrixFinish::kScaled) {
-            __m512i p[4];
-            for (int h = 0; h < 2; ++h) {
-                const __m512i sums = h == 0 ? lo : hi;
-                const __m512i low = _mm512_mullo_epi16(sums, scale), high = _mm512_mulhi_epi16(sums, scale);
-                p[2 * h] = _mm512_unpacklo_epi16(low, high);
-                p[2 * h + 1] = _mm512_unpackhi_epi16(low, high);
-            }
-            // As the AVX2 loop: one arithmetic shift, the unsigned cap for luma.
-            if (normalize)
-                for (__m512i& v : p) v = _mm512_srai_epi32(v, 12);
-            const __m512i a = _mm512_min_epu16(_mm512_adds_epi16(_mm512_packs_epi32(p[0], p[1]), back), cap);
-            const __m512i b = _mm512_min_epu16(_mm512_adds_epi16(_mm512_packs_epi32(p[2], p[3]), back), cap);
-            _mm512_storeu_si512(out + o, _mm512_packus_epi16(a, b));
-            continue;
-        } else if constexpr (kFinish == MatrixFinish::kScaledHigh) {
-            lo = _mm512_add_epi16(_mm512_min_epu16(_mm512_mulhi_epi16(lo, scaleHigh), cap), back);
-            hi = _mm512_add_epi16(_mm512_min_epu16(_mm512_mulhi_epi16(hi, scaleHigh), cap), back);
-        } else if constexpr (kFinish == MatrixFinish::kShifted) {
-            lo = _mm512_add_epi16(_mm512_min_epu16(_mm512_sra_epi16(lo, shift), cap), back);
-            hi = _mm512_add_epi16(_mm512_min_epu16(_mm512_sra_epi16(hi, shift), cap), back);
-        } else {
-            lo = _mm512_min_epu16(lo, cap);
-            hi = _mm512_min_epu16(hi, cap);
-        }
-        _mm512_storeu_si512(out + o, _mm512_packus_epi16(lo, hi));
+        _mm512_storeu_si512(out + o, finish.Bytes(lo, hi));
     }
     return o;
+}
+
+// A line's sums across for one step of 64 bytes (see the AVX2 loop).
+struct AcrossSums {
+    __m512i leftRight, sideWeights, centreWeight;
+
+    explicit AcrossSums(const MatrixSeparable& s)
+        : leftRight(Broadcast(kLeftRight)),
+          sideWeights(Pair(s.across[0], s.across[2])),
+          centreWeight(Pair(s.across[1], 0)) {}
+
+    // The buffered line's ends (at least 72 bytes) serve the steps that read
+    // its edge bytes; the frame serves the rest.
+    __attribute__((always_inline)) inline void Step(const uint8_t* line, const uint8_t* row, ptrdiff_t o,
+                                                    ptrdiff_t to, __m512i& lo, __m512i& hi) const {
+        const uint8_t* at = o >= 4 && o + 68 <= to ? row : line;
+        const __m512i same = Load(at + o), zero = _mm512_setzero_si512();
+        const __m512i a = _mm512_maddubs_epi16(_mm512_unpacklo_epi8(same, zero), centreWeight);
+        const __m512i b = _mm512_maddubs_epi16(_mm512_unpackhi_epi8(same, zero), centreWeight);
+        lo = _mm512_add_epi16(a, _mm512_maddubs_epi16(_mm512_shuffle_epi8(Load(at + o - 4), leftRight), sideWeights));
+        hi = _mm512_add_epi16(b, _mm512_maddubs_epi16(_mm512_shuffle_epi8(Load(at + o + 4), leftRight), sideWeights));
+    }
+};
+
+constexpr ptrdiff_t kAhead = 1024;
+// Whole steps of a separable kernel (see the AVX2 loop).
+template <MatrixFinish kFinish, bool kOuterOnes, bool kMiddleOne>
+ptrdiff_t DownSteps(int16_t* const (&across)[3], const uint8_t* line, const uint8_t* row, uint8_t* out,
+                    ptrdiff_t to, const MatrixNarrow& n, const MatrixSeparable& s, bool normalize) {
+    const AcrossSums sums(s);
+    const __m512i bias = Start<kFinish>(n.chromaBias);
+    const int16_t* const above[2] = {across[0], across[1]};
+    int16_t* const below = across[2];
+    __m512i down[3];
+    for (int r = 0; r < 3; ++r) down[r] = _mm512_set1_epi16(s.down[r]);
+    const Finish<kFinish> finish(n, normalize);
+    ptrdiff_t o = 0;
+    for (; o + 64 <= to; o += 64) {
+        __m512i lo, hi;
+        _mm_prefetch(reinterpret_cast<const char*>(row + o + kAhead), _MM_HINT_T0);
+        sums.Step(line, row, o, to, lo, hi);
+        _mm512_storeu_si512(below + o, lo);
+        _mm512_storeu_si512(below + o + 32, hi);
+        if (!kOuterOnes) {
+            lo = _mm512_mullo_epi16(lo, down[2]);
+            hi = _mm512_mullo_epi16(hi, down[2]);
+        }
+        lo = _mm512_add_epi16(lo, bias);
+        hi = _mm512_add_epi16(hi, bias);
+        for (int r = 0; r < 2; ++r) {
+            __m512i a = _mm512_loadu_si512(above[r] + o);
+            __m512i b = _mm512_loadu_si512(above[r] + o + 32);
+            if (!(r == 1 ? kMiddleOne : kOuterOnes)) {
+                a = _mm512_mullo_epi16(a, down[r]);
+                b = _mm512_mullo_epi16(b, down[r]);
+            }
+            lo = _mm512_add_epi16(lo, a);
+            hi = _mm512_add_epi16(hi, b);
+        }
+        _mm512_storeu_si512(out + o, finish.Bytes(lo, hi));
+    }
+    return o;
+}
+
+template <MatrixFinish kFinish>
+ptrdiff_t SeparableSteps(int16_t* const (&across)[3], const uint8_t* line, const uint8_t* row, uint8_t* out,
+                    ptrdiff_t to, const MatrixNarrow& n, const MatrixSeparable& s, bool normalize) {
+    // Lines weighted 1 (all three in a box, the outer two in a binomial
+    // blur) are added without multiplies.
+    const bool outerOnes = s.down[0] == 1 && s.down[2] == 1;
+    if (outerOnes && s.down[1] == 1) return DownSteps<kFinish, true, true>(across, line, row, out, to, n, s, normalize);
+    if (outerOnes) return DownSteps<kFinish, true, false>(across, line, row, out, to, n, s, normalize);
+    return DownSteps<kFinish, false, false>(across, line, row, out, to, n, s, normalize);
 }
 
 }  // namespace
@@ -139,6 +237,41 @@ void MatrixNarrowLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrd
             // multiply-adds accumulate in one instruction.
             MatrixWideLineAvx512(lines, out, from, to, c);
             return;
+    }
+    if (o < to) MatrixNarrowLineAvx2(lines, out, o, to, c, narrow);
+}
+
+void MatrixAcrossAvx512(const uint8_t* line, const uint8_t* row, int16_t* across, ptrdiff_t to,
+                        const MatrixSeparable& s) {
+    const AcrossSums sums(s);
+    for (ptrdiff_t o = 0; o + 64 <= to; o += 64) {
+        __m512i lo, hi;
+        sums.Step(line, row, o, to, lo, hi);
+        _mm512_storeu_si512(across + o, lo);
+        _mm512_storeu_si512(across + o + 32, hi);
+    }
+}
+
+void MatrixSeparableLineAvx512(int16_t* const (&across)[3], const uint8_t* const (&lines)[3], const uint8_t* row,
+                               uint8_t* out, ptrdiff_t to, const MatrixCoefficients& c, const MatrixNarrow& narrow,
+                               const MatrixSeparable& s) {
+    const bool normalize = c.normalize != 0;
+    ptrdiff_t o = 0;
+    switch (FinishOf(narrow, normalize)) {
+        case MatrixFinish::kShifted:
+            o = SeparableSteps<MatrixFinish::kShifted>(across, lines[2], row, out, to, narrow, s, normalize);
+            break;
+        case MatrixFinish::kUnshifted:
+            o = SeparableSteps<MatrixFinish::kUnshifted>(across, lines[2], row, out, to, narrow, s, normalize);
+            break;
+        case MatrixFinish::kScaled:
+            o = SeparableSteps<MatrixFinish::kScaled>(across, lines[2], row, out, to, narrow, s, normalize);
+            break;
+        case MatrixFinish::kScaledHigh:
+            o = SeparableSteps<MatrixFinish::kScaledHigh>(across, lines[2], row, out, to, narrow, s, normalize);
+            break;
+        case MatrixFinish::kSplit:  // never separable
+            break;
     }
     if (o < to) MatrixNarrowLineAvx2(lines, out, o, to, c, narrow);
 }
@@ -216,6 +349,17 @@ void MatrixNarrowLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrd
 void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c) {
     MatrixWideLineAvx2(lines, out, from, to, c);
+}
+
+void MatrixAcrossAvx512(const uint8_t* line, const uint8_t* row, int16_t* across, ptrdiff_t to,
+                        const MatrixSeparable& s) {
+    MatrixAcrossAvx2(line, row, across, to, s);
+}
+
+void MatrixSeparableLineAvx512(int16_t* const (&across)[3], const uint8_t* const (&lines)[3], const uint8_t* row,
+                               uint8_t* out, ptrdiff_t to, const MatrixCoefficients& c, const MatrixNarrow& narrow,
+                               const MatrixSeparable& s) {
+    MatrixSeparableLineAvx2(across, lines, row, out, to, c, narrow, s);
 }
 
 }  // namespace zvf::filters
