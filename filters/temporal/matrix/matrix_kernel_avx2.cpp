@@ -294,24 +294,9 @@ ptrdiff_t SeparableSteps(int16_t* const (&across)[3], const uint8_t* line, const
 void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c, const MatrixNarrow& narrow) {
     const bool normalize = c.normalize != 0;
-    ptrdiff_t o = from;
-    switch (FinishOf(narrow, normalize)) {
-        case MatrixFinish::kShifted:
-            o = NarrowSteps<MatrixFinish::kShifted>(lines, out, from, to, narrow, normalize);
-            break;
-        case MatrixFinish::kUnshifted:
-            o = NarrowSteps<MatrixFinish::kUnshifted>(lines, out, from, to, narrow, normalize);
-            break;
-        case MatrixFinish::kScaled:
-            o = NarrowSteps<MatrixFinish::kScaled>(lines, out, from, to, narrow, normalize);
-            break;
-        case MatrixFinish::kScaledHigh:
-            o = NarrowSteps<MatrixFinish::kScaledHigh>(lines, out, from, to, narrow, normalize);
-            break;
-        case MatrixFinish::kSplit:
-            o = NarrowSteps<MatrixFinish::kSplit>(lines, out, from, to, narrow, normalize);
-            break;
-    }
+    const ptrdiff_t o = WithFinish(FinishOf(narrow, normalize), [&](auto finish) {
+        return NarrowSteps<decltype(finish)::value>(lines, out, from, to, narrow, normalize);
+    });
     if (o < to) MatrixLineSse2(lines, out, o, to, c);
 }
 
@@ -330,23 +315,12 @@ void MatrixSeparableLineAvx2(int16_t* const (&across)[3], const uint8_t* const (
                              uint8_t* out, ptrdiff_t to, const MatrixCoefficients& c, const MatrixNarrow& narrow,
                              const MatrixSeparable& s) {
     const bool normalize = c.normalize != 0;
-    ptrdiff_t o = 0;
-    switch (FinishOf(narrow, normalize)) {
-        case MatrixFinish::kShifted:
-            o = SeparableSteps<MatrixFinish::kShifted>(across, lines[2], row, out, to, narrow, s, normalize);
-            break;
-        case MatrixFinish::kUnshifted:
-            o = SeparableSteps<MatrixFinish::kUnshifted>(across, lines[2], row, out, to, narrow, s, normalize);
-            break;
-        case MatrixFinish::kScaled:
-            o = SeparableSteps<MatrixFinish::kScaled>(across, lines[2], row, out, to, narrow, s, normalize);
-            break;
-        case MatrixFinish::kScaledHigh:
-            o = SeparableSteps<MatrixFinish::kScaledHigh>(across, lines[2], row, out, to, narrow, s, normalize);
-            break;
-        case MatrixFinish::kSplit:  // never separable
-            break;
-    }
+    const ptrdiff_t o = WithFinish(FinishOf(narrow, normalize), [&](auto finish) -> ptrdiff_t {
+        if constexpr (decltype(finish)::value == MatrixFinish::kSplit)
+            return 0;  // never separable
+        else
+            return SeparableSteps<decltype(finish)::value>(across, lines[2], row, out, to, narrow, s, normalize);
+    });
     if (o < to) MatrixNarrowLineAvx2(lines, out, o, to, c, narrow);
 }
 

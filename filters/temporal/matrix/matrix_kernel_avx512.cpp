@@ -218,26 +218,19 @@ ptrdiff_t SeparableSteps(int16_t* const (&across)[3], const uint8_t* line, const
 void MatrixNarrowLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                             const MatrixCoefficients& c, const MatrixNarrow& narrow) {
     const bool normalize = c.normalize != 0;
-    ptrdiff_t o = from;
-    switch (FinishOf(narrow, normalize)) {
-        case MatrixFinish::kShifted:
-            o = NarrowSteps<MatrixFinish::kShifted>(lines, out, from, to, narrow, normalize);
-            break;
-        case MatrixFinish::kUnshifted:
-            o = NarrowSteps<MatrixFinish::kUnshifted>(lines, out, from, to, narrow, normalize);
-            break;
-        case MatrixFinish::kScaled:
-            o = NarrowSteps<MatrixFinish::kScaled>(lines, out, from, to, narrow, normalize);
-            break;
-        case MatrixFinish::kScaledHigh:
-            o = NarrowSteps<MatrixFinish::kScaledHigh>(lines, out, from, to, narrow, normalize);
-            break;
-        case MatrixFinish::kSplit:
-            // Two 16-bit sums cost more here than the 32-bit loop, whose
-            // multiply-adds accumulate in one instruction.
-            MatrixWideLineAvx512(lines, out, from, to, c);
-            return;
+    const MatrixFinish how = FinishOf(narrow, normalize);
+    if (how == MatrixFinish::kSplit) {
+        // Two 16-bit sums cost more here than the 32-bit loop, whose
+        // multiply-adds accumulate in one instruction.
+        MatrixWideLineAvx512(lines, out, from, to, c);
+        return;
     }
+    const ptrdiff_t o = WithFinish(how, [&](auto finish) -> ptrdiff_t {
+        if constexpr (decltype(finish)::value == MatrixFinish::kSplit)
+            return from;
+        else
+            return NarrowSteps<decltype(finish)::value>(lines, out, from, to, narrow, normalize);
+    });
     if (o < to) MatrixNarrowLineAvx2(lines, out, o, to, c, narrow);
 }
 
@@ -256,23 +249,12 @@ void MatrixSeparableLineAvx512(int16_t* const (&across)[3], const uint8_t* const
                                uint8_t* out, ptrdiff_t to, const MatrixCoefficients& c, const MatrixNarrow& narrow,
                                const MatrixSeparable& s) {
     const bool normalize = c.normalize != 0;
-    ptrdiff_t o = 0;
-    switch (FinishOf(narrow, normalize)) {
-        case MatrixFinish::kShifted:
-            o = SeparableSteps<MatrixFinish::kShifted>(across, lines[2], row, out, to, narrow, s, normalize);
-            break;
-        case MatrixFinish::kUnshifted:
-            o = SeparableSteps<MatrixFinish::kUnshifted>(across, lines[2], row, out, to, narrow, s, normalize);
-            break;
-        case MatrixFinish::kScaled:
-            o = SeparableSteps<MatrixFinish::kScaled>(across, lines[2], row, out, to, narrow, s, normalize);
-            break;
-        case MatrixFinish::kScaledHigh:
-            o = SeparableSteps<MatrixFinish::kScaledHigh>(across, lines[2], row, out, to, narrow, s, normalize);
-            break;
-        case MatrixFinish::kSplit:  // never separable
-            break;
-    }
+    const ptrdiff_t o = WithFinish(FinishOf(narrow, normalize), [&](auto finish) -> ptrdiff_t {
+        if constexpr (decltype(finish)::value == MatrixFinish::kSplit)
+            return 0;  // never separable
+        else
+            return SeparableSteps<decltype(finish)::value>(across, lines[2], row, out, to, narrow, s, normalize);
+    });
     if (o < to) MatrixNarrowLineAvx2(lines, out, o, to, c, narrow);
 }
 

@@ -5,7 +5,9 @@
 // every tap to 32 bits, and still give the same bytes as the 32-bit sums.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "matrix_coefficients.h"
 
@@ -80,5 +82,26 @@ bool SeparateMatrix(const MatrixNarrow& n, MatrixSeparable* out);
 // 32 bits; the split form's two sums meet in 32 bits.
 enum class MatrixFinish { kShifted, kUnshifted, kScaled, kScaledHigh, kSplit };
 MatrixFinish FinishOf(const MatrixNarrow& n, bool normalize);
+
+// Runs `steps` with the finish as a compile-time constant (a
+// std::integral_constant), for the SIMD loops written once for every finish;
+// returns what it returns.
+template <class Steps>
+ptrdiff_t WithFinish(MatrixFinish finish, Steps steps) {
+    using F = MatrixFinish;
+    switch (finish) {
+        case F::kShifted:
+            return steps(std::integral_constant<F, F::kShifted>{});
+        case F::kUnshifted:
+            return steps(std::integral_constant<F, F::kUnshifted>{});
+        case F::kScaled:
+            return steps(std::integral_constant<F, F::kScaled>{});
+        case F::kScaledHigh:
+            return steps(std::integral_constant<F, F::kScaledHigh>{});
+        case F::kSplit:
+            break;
+    }
+    return steps(std::integral_constant<F, F::kSplit>{});
+}
 
 }  // namespace zvf::filters
