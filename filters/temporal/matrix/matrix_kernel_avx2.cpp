@@ -236,7 +236,10 @@ __attribute__((always_inline)) inline void StoreWords(int16_t* p, const __m256i&
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v);
 }
 
+// The middle of the line below is read from the frame, where at 2160p the
+// hardware prefetchers fall behind; its bytes this far ahead are asked for.
 constexpr ptrdiff_t kAhead = 1024;
+
 // Whole steps of a separable kernel: the sums across of the line below,
 // kept for the next two output lines, and the output from them and those of
 // the two lines above.
@@ -280,7 +283,7 @@ ptrdiff_t DownSteps(int16_t* const (&across)[3], const uint8_t* line, const uint
 
 template <MatrixFinish kFinish>
 ptrdiff_t SeparableSteps(int16_t* const (&across)[3], const uint8_t* line, const uint8_t* row, uint8_t* out,
-                    ptrdiff_t to, const MatrixNarrow& n, const MatrixSeparable& s, bool normalize) {
+                         ptrdiff_t to, const MatrixNarrow& n, const MatrixSeparable& s, bool normalize) {
     // Lines weighted 1 (all three in a box, the outer two in a binomial
     // blur) are added without multiplies.
     const bool outerOnes = s.down[0] == 1 && s.down[2] == 1;
@@ -393,7 +396,8 @@ void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
     MatrixLineSse2(lines, out, from, to, c);
 }
 
-// Never reached: levels above SSE2 are taken only where this unit has AVX2.
+// Never reached (levels above SSE2 are taken only where this unit has AVX2),
+// and the separable line would need whole buffered lines.
 void MatrixAcrossAvx2(const uint8_t*, const uint8_t*, int16_t*, ptrdiff_t, const MatrixSeparable&) {}
 
 void MatrixSeparableLineAvx2(int16_t* const (&)[3], const uint8_t* const (&lines)[3], const uint8_t*, uint8_t* out,

@@ -162,7 +162,9 @@ struct AcrossSums {
     }
 };
 
+// How far ahead the frame's line below is asked for (see the AVX2 loop).
 constexpr ptrdiff_t kAhead = 1024;
+
 // Whole steps of a separable kernel (see the AVX2 loop).
 template <MatrixFinish kFinish, bool kOuterOnes, bool kMiddleOne>
 ptrdiff_t DownSteps(int16_t* const (&across)[3], const uint8_t* line, const uint8_t* row, uint8_t* out,
@@ -204,7 +206,7 @@ ptrdiff_t DownSteps(int16_t* const (&across)[3], const uint8_t* line, const uint
 
 template <MatrixFinish kFinish>
 ptrdiff_t SeparableSteps(int16_t* const (&across)[3], const uint8_t* line, const uint8_t* row, uint8_t* out,
-                    ptrdiff_t to, const MatrixNarrow& n, const MatrixSeparable& s, bool normalize) {
+                         ptrdiff_t to, const MatrixNarrow& n, const MatrixSeparable& s, bool normalize) {
     // Lines weighted 1 (all three in a box, the outer two in a binomial
     // blur) are added without multiplies.
     const bool outerOnes = s.down[0] == 1 && s.down[2] == 1;
