@@ -54,10 +54,9 @@ void SmoothRowsSse2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 // lanes, eight when it holds 24 * v.pairs (otherwise the SSE2 pass);
 // bit-exact with SmoothRowsScalar.
 void SmoothRowsAvx2(const FieldView& v, int32_t a, std::span<int32_t> fwd);
-// Sixteen rows per register, 32 rows at once when `fwd` holds 96 * v.pairs
-// lanes, sixteen when it holds 48 * v.pairs (otherwise the AVX2 pass);
-// AVX-512 F and BW on x86-64, elsewhere the AVX2 pass; bit-exact with
-// SmoothRowsScalar.
+// Sixteen rows per register, sixteen rows at once when `fwd` holds
+// 48 * v.pairs lanes (otherwise the AVX2 pass); AVX-512 F and BW on x86-64,
+// elsewhere the AVX2 pass; bit-exact with SmoothRowsScalar.
 void SmoothRowsAvx512(const FieldView& v, int32_t a, std::span<int32_t> fwd);
 
 // The vertical pass over one strip of `lanes` byte columns (a multiple of 4)

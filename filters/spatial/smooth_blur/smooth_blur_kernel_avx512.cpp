@@ -1,7 +1,8 @@
 // Smooth Blur's passes with AVX-512 (F, BW), smooth_blur_passes.h on 512-bit
 // registers: the horizontal one a pixel pair of sixteen rows per register,
-// four pairs of them loaded and transposed at a time, two groups of sixteen
-// rows in flight; the vertical one 64 byte columns of a strip at a time,
+// four pairs of them loaded and transposed at a time, one group of sixteen
+// rows in flight (two measured a tenth slower: the recursions of one group
+// already overlap); the vertical one 64 byte columns of a strip at a time,
 // columns left over past the last 64 going to the AVX2 pass. The byte and word
 // unpacks and packs work inside 128-bit lanes as in the narrower passes, so
 // the lane order they make and undo is the same. Helpers are forced inline:
@@ -121,8 +122,8 @@ ZVF_INLINE __m512i Weights(int32_t a) {
 }  // namespace
 
 void SmoothRowsAvx512(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
-    // 192 bytes per pair and group of sixteen rows, 48 lanes of the scratch.
-    // Other weights and short fields: the AVX2 pass.
+    // 192 bytes per pair of the group of sixteen rows, 48 lanes of the
+    // scratch. Other weights and short fields: the AVX2 pass.
     const size_t room = fwd.size() / (smooth_passes::kEntry<Avx512> / 2 * static_cast<size_t>(v.pairs));
     if (room < 1 || v.rows < 9 || a < 1 || a > 32767) {
         SmoothRowsAvx2(v, a, fwd);
@@ -130,15 +131,9 @@ void SmoothRowsAvx512(const FieldView& v, int32_t a, std::span<int32_t> fwd) {
     }
     const __m512i weights = Weights(a);
     int16_t* states = reinterpret_cast<int16_t*>(fwd.data());
-    if (room >= 2 && v.rows > 16) {
-        ForEachRowGroup<2, 16>(v, [&](const auto& s, const auto& d) {
-            smooth_passes::RowGroups<Avx512, 2>(weights, s, d, v.pairs, states);
-        });
-    } else {
-        ForEachRowGroup<1, 16>(v, [&](const auto& s, const auto& d) {
-            smooth_passes::RowGroups<Avx512, 1>(weights, s, d, v.pairs, states);
-        });
-    }
+    ForEachRowGroup<1, 16>(v, [&](const auto& s, const auto& d) {
+        smooth_passes::RowGroups<Avx512, 1>(weights, s, d, v.pairs, states);
+    });
 }
 
 void SmoothStripAvx512(uint8_t* base, ptrdiff_t step, int32_t rows, int32_t lanes, int32_t a, int32_t* up) {
