@@ -163,6 +163,8 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
         const auto each = [&](const Slot(&s)[3], const uint8_t* const(&lines)[3], uint8_t* out, int32_t j) {
             // Each line's sums across are formed once, as it enters the
             // span below; the first two lines' before the first output line.
+            // The second output line has the same line below as the first,
+            // whose sums are formed again: one line per field.
             if (j == 0)
                 for (int i = 0; i < 2; ++i) across(s[i].bytes + kPad, s[i].row, s[i].across, bytes, separable);
             int16_t* const sums[3] = {s[0].across, s[1].across, s[2].across};

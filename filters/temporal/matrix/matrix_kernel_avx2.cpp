@@ -64,12 +64,16 @@ __attribute__((always_inline)) inline void Accumulate(__m256i& lo, __m256i& hi, 
     hi = _mm256_add_epi16(hi, _mm256_maddubs_epi16(high, weights));
 }
 
+// `value` in every chroma (odd) word, 0 in the luma words.
+__attribute__((always_inline)) inline __m256i ChromaWords(int32_t value) {
+    return _mm256_and_si256(_mm256_set1_epi16(static_cast<int16_t>(value)), _mm256_set1_epi32(int32_t(0xFFFF0000u)));
+}
+
 // Where a 16-bit loop's sums start: the chroma bias (and, unshifted,
 // chroma's 128 as well) in the chroma words.
 template <MatrixFinish kFinish>
 __attribute__((always_inline)) inline __m256i Start(int16_t bias) {
-    const int32_t start = bias + (kFinish == MatrixFinish::kUnshifted ? 128 : 0);
-    return _mm256_and_si256(_mm256_set1_epi16(static_cast<int16_t>(start)), _mm256_set1_epi32(int32_t(0xFFFF0000u)));
+    return ChromaWords(bias + (kFinish == MatrixFinish::kUnshifted ? 128 : 0));
 }
 
 // From one step's 16-bit sums to its 32 bytes. Luma is capped at 255 as an
@@ -90,9 +94,8 @@ struct Finish {
     bool normalize;
 
     Finish(const MatrixNarrow& n, bool normalise) : normalize(normalise) {
-        const __m256i chromaWords = _mm256_set1_epi32(static_cast<int32_t>(0xFFFF0000u));
-        back = _mm256_and_si256(_mm256_set1_epi16(128), chromaWords);
-        cap = normalize ? _mm256_or_si256(_mm256_set1_epi32(255), chromaWords) : _mm256_set1_epi8(-1);
+        back = ChromaWords(128);
+        cap = normalize ? _mm256_or_si256(_mm256_set1_epi32(255), ChromaWords(-1)) : _mm256_set1_epi8(-1);
         factorAndOne = _mm256_set1_epi32(static_cast<int32_t>((1u << 16) | static_cast<uint16_t>(n.scale)));
         scale = _mm256_set1_epi16(n.scale);
         scaleHigh = _mm256_set1_epi16(static_cast<int16_t>(kFinish == MatrixFinish::kScaledHigh ? 16 * n.scale : 0));
@@ -174,7 +177,7 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
     const bool outer = n.weights[0][1] != 0 || n.weights[2][1] != 0 || residualOuter;
     const bool middle = n.weights[1][1] != 0 || residualMiddle;
     const __m256i bias = Start<kFinish>(n.chromaBias);
-    const __m256i residualStart = Start<MatrixFinish::kShifted>(n.residualBias);
+    const __m256i residualStart = ChromaWords(n.residualBias);
     const __m256i zero = _mm256_setzero_si256();
     const Finish<kFinish> finish(n, normalize);
     ptrdiff_t o = from;

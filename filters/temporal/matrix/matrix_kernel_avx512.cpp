@@ -38,11 +38,15 @@ __attribute__((always_inline)) inline __m512i Pair(int32_t first, int32_t second
     return _mm512_set1_epi16(static_cast<int16_t>(low | high));
 }
 
+// `value` in every chroma (odd) word, 0 in the luma words.
+__attribute__((always_inline)) inline __m512i ChromaWords(int32_t value) {
+    return _mm512_and_si512(_mm512_set1_epi16(static_cast<int16_t>(value)), _mm512_set1_epi32(int32_t(0xFFFF0000u)));
+}
+
 // Where a 16-bit loop's sums start (see the AVX2 loop).
 template <MatrixFinish kFinish>
 __attribute__((always_inline)) inline __m512i Start(int16_t bias) {
-    const int32_t start = bias + (kFinish == MatrixFinish::kUnshifted ? 128 : 0);
-    return _mm512_and_si512(_mm512_set1_epi16(static_cast<int16_t>(start)), _mm512_set1_epi32(int32_t(0xFFFF0000u)));
+    return ChromaWords(bias + (kFinish == MatrixFinish::kUnshifted ? 128 : 0));
 }
 
 // From one step's 16-bit sums to its 64 bytes, as in the AVX2 loop (the
@@ -54,9 +58,8 @@ struct Finish {
     bool normalize;
 
     Finish(const MatrixNarrow& n, bool normalise) : normalize(normalise) {
-        const __m512i chromaWords = _mm512_set1_epi32(static_cast<int32_t>(0xFFFF0000u));
-        back = _mm512_and_si512(_mm512_set1_epi16(128), chromaWords);
-        cap = normalize ? _mm512_or_si512(_mm512_set1_epi32(255), chromaWords) : _mm512_set1_epi8(-1);
+        back = ChromaWords(128);
+        cap = normalize ? _mm512_or_si512(_mm512_set1_epi32(255), ChromaWords(-1)) : _mm512_set1_epi8(-1);
         scale = _mm512_set1_epi16(n.scale);
         scaleHigh = _mm512_set1_epi16(static_cast<int16_t>(kFinish == MatrixFinish::kScaledHigh ? 16 * n.scale : 0));
         shift = _mm_cvtsi32_si128(n.shift);
