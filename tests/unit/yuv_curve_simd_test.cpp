@@ -1,7 +1,7 @@
-// The SSE2 and AVX2 line kernels and the AVX-512 table kernel against their
-// scalar twins, at every level this processor has: every width, odd start
-// addresses, random and extreme terms, tables and bytes, guard bytes
-// untouched.
+// The SSE2 and AVX2 line kernels and the AVX2 and AVX-512 table kernels
+// against their scalar twins, at every level this processor has: every
+// width, odd start addresses, random and extreme terms, tables and bytes,
+// guard bytes untouched.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -113,8 +113,8 @@ void FillTables(int trial, std::mt19937& rng, uint8_t (&tables)[3][256]) {
         }
 }
 
-TEST(YuvCurveSimd, TableKernelMatchesScalarByteForByte) {
-    if (!test::ProcessorRuns(SimdLevel::avx512)) GTEST_SKIP() << "no AVX-512 level on this processor";
+void CheckTableKernel(SimdLevel level) {
+    const auto twin = level == SimdLevel::avx512 ? RenderCurveTablesAvx512 : RenderCurveTablesAvx2;
     std::mt19937 rng(77);
     uint8_t tables[3][256];
     for (int trial = 0; trial < 8; ++trial) {
@@ -124,19 +124,27 @@ TEST(YuvCurveSimd, TableKernelMatchesScalarByteForByte) {
                 Buffers scalar = Make(width, offset, rng, trial % 4 == 2);
                 Buffers simd = Twin(scalar);
                 RenderCurveTables(scalar.view, tables);
-                RenderCurveTablesAvx512(simd.view, tables);
-                ASSERT_EQ(simd.dst, scalar.dst) << "trial " << trial << " width " << width << " offset " << offset;
+                twin(simd.view, tables);
+                ASSERT_EQ(simd.dst, scalar.dst)
+                    << SimdLevelName(level) << " trial " << trial << " width " << width << " offset " << offset;
                 ASSERT_EQ(GuardsTouched(scalar), 0u) << "width " << width << " offset " << offset;
                 // In place: the source rows become the result.
                 Buffers inPlace = Twin(scalar);
                 inPlace.view.dst = const_cast<uint8_t*>(inPlace.view.src);
-                RenderCurveTablesAvx512(inPlace.view, tables);
+                twin(inPlace.view, tables);
                 Buffers expected = Twin(scalar);
                 expected.view.dst = const_cast<uint8_t*>(expected.view.src);
                 RenderCurveTables(expected.view, tables);
-                ASSERT_EQ(inPlace.src, expected.src) << "in place, width " << width << " offset " << offset;
+                ASSERT_EQ(inPlace.src, expected.src)
+                    << SimdLevelName(level) << " in place, width " << width << " offset " << offset;
             }
     }
+}
+
+// The table kernel has twins at AVX2 and AVX-512 only.
+TEST(YuvCurveSimd, TableKernelMatchesScalarByteForByteAtEveryLevel) {
+    for (SimdLevel level : LevelsAboveScalar(SimdLevel::avx512))
+        if (level >= SimdLevel::avx2) CheckTableKernel(level);
 }
 
 }  // namespace

@@ -36,8 +36,8 @@ public:
         }
         // Curves that need the tables go two bytes at a time where the
         // field's pair tables are free, unless the processor looks bytes up
-        // in registers, which is faster still.
-        if (Simd() < SimdLevel::avx512 && ChooseCurveKernel(snapshot) == CurveKernel::Table &&
+        // in registers (byte shuffles from AVX2 on), which is faster still.
+        if (Simd() < SimdLevel::avx2 && ChooseCurveKernel(snapshot) == CurveKernel::Table &&
             pairs_.Render(field, v, snapshot.fixed.table))
             return status::ok;
         RenderCurve(v, snapshot, Simd());

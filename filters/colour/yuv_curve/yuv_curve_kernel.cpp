@@ -75,6 +75,8 @@ void RenderCurve(const FieldView& v, const CurveSnapshot& s, SimdLevel level) {
     if (kernel == CurveKernel::Table) {
         if (level >= SimdLevel::avx512)
             RenderCurveTablesAvx512(v, s.fixed.table);
+        else if (level >= SimdLevel::avx2)
+            RenderCurveTablesAvx2(v, s.fixed.table);
         else
             RenderCurveTables(v, s.fixed.table);
         return;

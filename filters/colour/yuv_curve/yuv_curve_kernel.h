@@ -33,6 +33,8 @@ LineTerms LineTermsOf(CurvePoint a, CurvePoint b);
 
 // Each byte through its component's table.
 void RenderCurveTables(const FieldView& v, const uint8_t (&tables)[3][256]);
+// The same bytes with AVX2, bit-exact with RenderCurveTables on every input.
+void RenderCurveTablesAvx2(const FieldView& v, const uint8_t (&tables)[3][256]);
 // The same bytes with AVX-512 (F, BW, VBMI) on x86-64, bit-exact with
 // RenderCurveTables on every input; elsewhere RenderCurveTables itself.
 void RenderCurveTablesAvx512(const FieldView& v, const uint8_t (&tables)[3][256]);
