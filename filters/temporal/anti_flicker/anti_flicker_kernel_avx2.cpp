@@ -1,10 +1,12 @@
 // AVX2 twins of Anti Flicker's row kernels: the SSE2 arithmetic on 32 bytes
 // per step, except that the middle rows form a + b with one pmaddubsw over
 // the interleaved bytes (the same exact 16-bit sum, one instruction fewer
-// per half). The byte unpacks and the saturating pack both work within each
-// 128-bit half, so every half is exactly the SSE2 step on its 16 bytes. The
-// last 0..31 bytes of a row go through the SSE2 rows. Helpers are inlined so
-// no 256-bit value is passed to a call or kept on the stack across one.
+// per half), and that the weight of power 100 takes byte means (see
+// kAntiFlickerMeanWeight). The byte unpacks and the saturating pack both
+// work within each 128-bit half, so every half is exactly the SSE2 step on
+// its 16 bytes. The last 0..31 bytes of a row go through the SSE2 rows.
+// Helpers are inlined so no 256-bit value is passed to a call or kept on the
+// stack across one.
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
 #include <immintrin.h>
 
@@ -60,38 +62,64 @@ ZVF_AF_INLINE void MiddleStep(const uint8_t* a, const uint8_t* c, const uint8_t*
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(o + i), _mm256_packus_epi16(lo, hi));
 }
 
+// floor((x + y) / 2) of each byte: the rounded-up mean less the odd bit.
+ZVF_AF_INLINE __m256i FloorMean(const __m256i& x, const __m256i& y) {
+    return _mm256_sub_epi8(_mm256_avg_epu8(x, y), _mm256_and_si256(_mm256_xor_si256(x, y), _mm256_set1_epi8(1)));
+}
+
 // Two steps per 64-byte line, so each line of the next row is asked for once.
-void EdgeRowAvx2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
+template <bool kMean>
+void EdgeLoop(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
     const __m256i wv = _mm256_set1_epi16(static_cast<int16_t>(w));
+    const auto step = [&](size_t at) {
+        if constexpr (kMean)
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(o + at), FloorMean(Load(c + at), Load(n + at)));
+        else
+            EdgeStep(c, n, o, at, wv);
+    };
     size_t i = 0;
     for (; i + 64 <= bytes; i += 64) {
         PrefetchLine(c + ahead + i);
         PrefetchLine(n + ahead + i);
         PrefetchLineForWrite(o + ahead + i);
-        EdgeStep(c, n, o, i, wv);
-        EdgeStep(c, n, o, i + 32, wv);
+        step(i);
+        step(i + 32);
     }
     if (i + 32 <= bytes) {
-        EdgeStep(c, n, o, i, wv);
+        step(i);
         i += 32;
     }
     if (i < bytes) Sse2BlendRows().edge(c + i, n + i, o + i, bytes - i, w, 0);
 }
 
-template <bool kFull>
+void EdgeRowAvx2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
+    w == kAntiFlickerMeanWeight ? EdgeLoop<true>(c, n, o, bytes, w, ahead) : EdgeLoop<false>(c, n, o, bytes, w, ahead);
+}
+
+enum class Middle { kWeighted, kFull, kMean };
+
+template <Middle kKind>
 void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
                 ptrdiff_t ahead) {
+    constexpr bool kFull = kKind == Middle::kFull;
     const __m256i wv = _mm256_set1_epi16(static_cast<int16_t>(kFull ? w : 4 * w));
+    const auto step = [&](size_t at) {
+        if constexpr (kKind == Middle::kMean)
+            _mm256_storeu_si256(reinterpret_cast<__m256i*>(o + at),
+                                FloorMean(FloorMean(Load(a + at), Load(b + at)), Load(c + at)));
+        else
+            MiddleStep<kFull>(a, c, b, o, at, wv);
+    };
     size_t i = 0;
     for (; i + 64 <= bytes; i += 64) {
         PrefetchLine(c + ahead + i);
         PrefetchLine(b + ahead + i);
         PrefetchLineForWrite(o + ahead + i);
-        MiddleStep<kFull>(a, c, b, o, i, wv);
-        MiddleStep<kFull>(a, c, b, o, i + 32, wv);
+        step(i);
+        step(i + 32);
     }
     if (i + 32 <= bytes) {
-        MiddleStep<kFull>(a, c, b, o, i, wv);
+        step(i);
         i += 32;
     }
     if (i < bytes) Sse2BlendRows().middle(a + i, c + i, b + i, o + i, bytes - i, w, 0);
@@ -99,7 +127,12 @@ void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o
 
 void MiddleRowAvx2(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
                    ptrdiff_t ahead) {
-    w < 8192 ? MiddleLoop<false>(a, c, b, o, bytes, w, ahead) : MiddleLoop<true>(a, c, b, o, bytes, w, ahead);
+    if (w == kAntiFlickerMeanWeight)
+        MiddleLoop<Middle::kMean>(a, c, b, o, bytes, w, ahead);
+    else if (w < 8192)
+        MiddleLoop<Middle::kWeighted>(a, c, b, o, bytes, w, ahead);
+    else
+        MiddleLoop<Middle::kFull>(a, c, b, o, bytes, w, ahead);
 }
 
 #undef ZVF_AF_INLINE

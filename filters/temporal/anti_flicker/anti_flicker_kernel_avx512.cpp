@@ -1,5 +1,6 @@
 // AVX-512 (BW) twins of Anti Flicker's row kernels: the AVX2 steps on 64
-// bytes, one per line of the next row asked for. The byte unpacks and the
+// bytes, one per line of the next row asked for, byte means for the weight
+// of power 100 included. The byte unpacks and the
 // saturating pack work within each 128-bit lane, so every lane is exactly
 // the SSE2 step on its 16 bytes. The last 0..63 bytes of a row go through
 // the AVX2 rows. Helpers are inlined so no 512-bit value is passed to a call
@@ -32,7 +33,13 @@ ZVF_AF_INLINE __m512i Middle16(const __m512i& s, const __m512i& c, const __m512i
     }
 }
 
-void EdgeRowAvx512(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
+// floor((x + y) / 2) of each byte: the rounded-up mean less the odd bit.
+ZVF_AF_INLINE __m512i FloorMean(const __m512i& x, const __m512i& y) {
+    return _mm512_sub_epi8(_mm512_avg_epu8(x, y), _mm512_and_si512(_mm512_xor_si512(x, y), _mm512_set1_epi8(1)));
+}
+
+template <bool kMean>
+void EdgeLoop(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
     const __m512i wv = _mm512_set1_epi16(static_cast<int16_t>(w));
     const __m512i zero = _mm512_setzero_si512();
     size_t i = 0;
@@ -41,6 +48,10 @@ void EdgeRowAvx512(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes,
         PrefetchLine(n + ahead + i);
         PrefetchLineForWrite(o + ahead + i);
         const __m512i cv = _mm512_loadu_si512(c + i), nv = _mm512_loadu_si512(n + i);
+        if constexpr (kMean) {
+            _mm512_storeu_si512(o + i, FloorMean(cv, nv));
+            continue;
+        }
         const __m512i lo = Edge16(_mm512_unpacklo_epi8(cv, zero), _mm512_unpacklo_epi8(nv, zero), wv);
         const __m512i hi = Edge16(_mm512_unpackhi_epi8(cv, zero), _mm512_unpackhi_epi8(nv, zero), wv);
         _mm512_storeu_si512(o + i, _mm512_packus_epi16(lo, hi));
@@ -48,9 +59,16 @@ void EdgeRowAvx512(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes,
     if (i < bytes) Avx2BlendRows().edge(c + i, n + i, o + i, bytes - i, w, 0);
 }
 
-template <bool kFull>
+void EdgeRowAvx512(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
+    w == kAntiFlickerMeanWeight ? EdgeLoop<true>(c, n, o, bytes, w, ahead) : EdgeLoop<false>(c, n, o, bytes, w, ahead);
+}
+
+enum class Middle { kWeighted, kFull, kMean };
+
+template <Middle kKind>
 void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
                 ptrdiff_t ahead) {
+    constexpr bool kFull = kKind == Middle::kFull;
     const __m512i wv = _mm512_set1_epi16(static_cast<int16_t>(kFull ? w : 4 * w));
     const __m512i zero = _mm512_setzero_si512();
     // a + b straight from the interleaved bytes (at most 510, never saturating).
@@ -61,6 +79,10 @@ void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o
         PrefetchLine(b + ahead + i);
         PrefetchLineForWrite(o + ahead + i);
         const __m512i av = _mm512_loadu_si512(a + i), bv = _mm512_loadu_si512(b + i), cv = _mm512_loadu_si512(c + i);
+        if constexpr (kKind == Middle::kMean) {
+            _mm512_storeu_si512(o + i, FloorMean(FloorMean(av, bv), cv));
+            continue;
+        }
         const __m512i lo = Middle16<kFull>(_mm512_maddubs_epi16(_mm512_unpacklo_epi8(av, bv), ones),
                                            _mm512_unpacklo_epi8(cv, zero), wv);
         const __m512i hi = Middle16<kFull>(_mm512_maddubs_epi16(_mm512_unpackhi_epi8(av, bv), ones),
@@ -72,7 +94,12 @@ void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o
 
 void MiddleRowAvx512(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
                      ptrdiff_t ahead) {
-    w < 8192 ? MiddleLoop<false>(a, c, b, o, bytes, w, ahead) : MiddleLoop<true>(a, c, b, o, bytes, w, ahead);
+    if (w == kAntiFlickerMeanWeight)
+        MiddleLoop<Middle::kMean>(a, c, b, o, bytes, w, ahead);
+    else if (w < 8192)
+        MiddleLoop<Middle::kWeighted>(a, c, b, o, bytes, w, ahead);
+    else
+        MiddleLoop<Middle::kFull>(a, c, b, o, bytes, w, ahead);
 }
 
 #undef ZVF_AF_INLINE
