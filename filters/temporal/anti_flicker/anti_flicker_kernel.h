@@ -16,9 +16,8 @@ int32_t AntiFlickerWeight(uint32_t power);
 
 // The weight of power 100, the default and the dialog's highest. It makes
 // both blends means of bytes: an edge row (c + n) >> 1, a middle row
-// (a + b + 2c) >> 2, which is floor((floor((a + b) / 2) + c) / 2). The AVX2
-// and AVX-512 rows take them without widening to 16 bits, about half the
-// instructions.
+// (a + b + 2c) >> 2, which is floor((floor((a + b) / 2) + c) / 2). The SIMD
+// rows take them without widening to 16 bits, about half the instructions.
 constexpr int32_t kAntiFlickerMeanWeight = 4096;
 
 // The row kernels BlendField runs; every version is bit-exact with the

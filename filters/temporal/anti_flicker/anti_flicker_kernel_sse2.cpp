@@ -6,8 +6,9 @@
 // and pmulhw gives floor(x w / 65536) exactly for the signed differences
 // (|x| <= 2040) and weights 0..8192. Below 8192 the middle rows fold the 4
 // into the weight instead (4w still fits 16 bits), two shifts fewer. The
-// results lie in 0..255, so nothing saturates. Bit-exact with the scalar
-// rows for weights 0..8192.
+// results lie in 0..255, so nothing saturates. The weight of power 100
+// takes byte means instead (see kAntiFlickerMeanWeight). Bit-exact with the
+// scalar rows for weights 0..8192.
 #include "anti_flicker_kernel.h"
 #include "zvf/row_prefetch.h"
 
@@ -39,7 +40,13 @@ inline __m128i Middle8(__m128i a, __m128i c, __m128i b, __m128i w4) {
     }
 }
 
-void EdgeRowSse2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
+// floor((x + y) / 2) of each byte: the rounded-up mean less the odd bit.
+inline __m128i FloorMean(__m128i x, __m128i y) {
+    return _mm_sub_epi8(_mm_avg_epu8(x, y), _mm_and_si128(_mm_xor_si128(x, y), _mm_set1_epi8(1)));
+}
+
+template <bool kMean>
+void EdgeLoop(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
     const __m128i zero = _mm_setzero_si128();
     const __m128i wv = _mm_set1_epi16(static_cast<int16_t>(w));
     size_t i = 0;
@@ -48,6 +55,10 @@ void EdgeRowSse2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, i
         PrefetchLine(c + ahead + i);
         PrefetchLine(n + ahead + i);
         PrefetchLineForWrite(o + ahead + i);
+        if constexpr (kMean) {
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(o + i), FloorMean(cv, nv));
+            continue;
+        }
         const __m128i lo = Edge8(_mm_unpacklo_epi8(cv, zero), _mm_unpacklo_epi8(nv, zero), wv);
         const __m128i hi = Edge8(_mm_unpackhi_epi8(cv, zero), _mm_unpackhi_epi8(nv, zero), wv);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(o + i), _mm_packus_epi16(lo, hi));
@@ -56,9 +67,16 @@ void EdgeRowSse2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, i
     for (; i < bytes; ++i) o[i] = Saturate((c[i] * (8192u - wn) + n[i] * wn) >> 13);
 }
 
-template <bool kFull>
+void EdgeRowSse2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
+    w == kAntiFlickerMeanWeight ? EdgeLoop<true>(c, n, o, bytes, w, ahead) : EdgeLoop<false>(c, n, o, bytes, w, ahead);
+}
+
+enum class Middle { kWeighted, kFull, kMean };
+
+template <Middle kKind>
 void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
                 ptrdiff_t ahead) {
+    constexpr bool kFull = kKind == Middle::kFull;
     const __m128i zero = _mm_setzero_si128();
     const __m128i wv = _mm_set1_epi16(static_cast<int16_t>(kFull ? w : 4 * w));
     size_t i = 0;
@@ -67,6 +85,10 @@ void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o
         PrefetchLine(c + ahead + i);
         PrefetchLine(b + ahead + i);
         PrefetchLineForWrite(o + ahead + i);
+        if constexpr (kKind == Middle::kMean) {
+            _mm_storeu_si128(reinterpret_cast<__m128i*>(o + i), FloorMean(FloorMean(av, bv), cv));
+            continue;
+        }
         const __m128i lo =
             Middle8<kFull>(_mm_unpacklo_epi8(av, zero), _mm_unpacklo_epi8(cv, zero), _mm_unpacklo_epi8(bv, zero), wv);
         const __m128i hi =
@@ -79,7 +101,12 @@ void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o
 
 void MiddleRowSse2(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
                    ptrdiff_t ahead) {
-    w < 8192 ? MiddleLoop<false>(a, c, b, o, bytes, w, ahead) : MiddleLoop<true>(a, c, b, o, bytes, w, ahead);
+    if (w == kAntiFlickerMeanWeight)
+        MiddleLoop<Middle::kMean>(a, c, b, o, bytes, w, ahead);
+    else if (w < 8192)
+        MiddleLoop<Middle::kWeighted>(a, c, b, o, bytes, w, ahead);
+    else
+        MiddleLoop<Middle::kFull>(a, c, b, o, bytes, w, ahead);
 }
 
 }  // namespace
