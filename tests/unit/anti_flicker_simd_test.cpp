@@ -1,7 +1,8 @@
-// Anti Flicker's SSE2 and AVX2 rows against the scalar rows, at every level
-// this processor has: random and extreme inputs, every width from 2 to 130
-// pixels, odd offsets, guard bytes, every weight class (0, the 16-bit
-// folded weights below 8192, and 8192 itself).
+// Anti Flicker's SSE2, AVX2 and AVX-512 rows against the scalar rows, at
+// every level this processor has: random and extreme inputs, every width
+// from 2 to 130 pixels, odd offsets and several distances to a cache-line
+// boundary (where the wide loops start), guard bytes, every weight class (0,
+// the 16-bit folded weights below 8192, 4096's byte means, and 8192 itself).
 #include <gtest/gtest.h>
 
 #include <random>
@@ -67,7 +68,7 @@ TEST(AntiFlickerSimd, RowsAreByteIdenticalToScalar) {
         const Fill fills[] = {Fill::Random, Fill::Zero, Fill::Full, Fill::Alternating};
         for (int32_t width = 2; width <= 130; ++width) {
             const size_t bytes = size_t{4} * static_cast<size_t>(width / 2);
-            for (size_t offset : {0u, 1u, 3u}) {
+            for (size_t offset : {0u, 1u, 3u, 17u, 40u}) {
                 for (Fill fill : fills) {
                     const std::vector<uint8_t> a = Input(bytes, fill, rng);
                     const std::vector<uint8_t> b = Input(bytes, Fill::Random, rng);

@@ -4,13 +4,16 @@
 // per half), and that the weight of power 100 takes byte means (see
 // kAntiFlickerMeanWeight). The byte unpacks and the saturating pack both
 // work within each 128-bit half, so every half is exactly the SSE2 step on
-// its 16 bytes. The last 0..31 bytes of a row go through the SSE2 rows.
+// its 16 bytes. The bytes before the current row reaches a 32-byte boundary
+// (zvf/row_alignment.h) and the last 0..31 go through the SSE2 rows.
 // Helpers are inlined so no 256-bit value is passed to a call or kept on the
 // stack across one.
 #if defined(__i386__) || defined(__x86_64__) || defined(_M_IX86) || defined(_M_X64)
 #include <immintrin.h>
 
 #include "anti_flicker_kernel.h"
+#include "zvf/floor_mean.h"
+#include "zvf/row_alignment.h"
 #include "zvf/row_prefetch.h"
 
 namespace zvf::filters {
@@ -62,11 +65,6 @@ ZVF_AF_INLINE void MiddleStep(const uint8_t* a, const uint8_t* c, const uint8_t*
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(o + i), _mm256_packus_epi16(lo, hi));
 }
 
-// floor((x + y) / 2) of each byte: the rounded-up mean less the odd bit.
-ZVF_AF_INLINE __m256i FloorMean(const __m256i& x, const __m256i& y) {
-    return _mm256_sub_epi8(_mm256_avg_epu8(x, y), _mm256_and_si256(_mm256_xor_si256(x, y), _mm256_set1_epi8(1)));
-}
-
 // Two steps per 64-byte line, so each line of the next row is asked for once.
 template <bool kMean>
 void EdgeLoop(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
@@ -93,6 +91,11 @@ void EdgeLoop(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int3
 }
 
 void EdgeRowAvx2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
+    const size_t head = BytesToAlignment(c, bytes, 32);
+    if (head > 0) {
+        Sse2BlendRows().edge(c, n, o, head, w, ahead);
+        c += head, n += head, o += head, bytes -= head;
+    }
     w == kAntiFlickerMeanWeight ? EdgeLoop<true>(c, n, o, bytes, w, ahead) : EdgeLoop<false>(c, n, o, bytes, w, ahead);
 }
 
@@ -127,6 +130,11 @@ void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o
 
 void MiddleRowAvx2(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
                    ptrdiff_t ahead) {
+    const size_t head = BytesToAlignment(c, bytes, 32);
+    if (head > 0) {
+        Sse2BlendRows().middle(a, c, b, o, head, w, ahead);
+        a += head, c += head, b += head, o += head, bytes -= head;
+    }
     if (w == kAntiFlickerMeanWeight)
         MiddleLoop<Middle::kMean>(a, c, b, o, bytes, w, ahead);
     else if (w < 8192)

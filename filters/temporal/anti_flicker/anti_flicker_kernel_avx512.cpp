@@ -1,14 +1,17 @@
 // AVX-512 (BW) twins of Anti Flicker's row kernels: the AVX2 steps on 64
 // bytes, one per line of the next row asked for, byte means for the weight
-// of power 100 included. The byte unpacks and the
-// saturating pack work within each 128-bit lane, so every lane is exactly
-// the SSE2 step on its 16 bytes. The last 0..63 bytes of a row go through
-// the AVX2 rows. Helpers are inlined so no 512-bit value is passed to a call
-// or kept on the stack across one.
+// of power 100 included. The byte unpacks and the saturating pack work
+// within each 128-bit lane, so every lane is exactly the SSE2 step on its 16
+// bytes. The bytes before the current row reaches a 64-byte boundary
+// (zvf/row_alignment.h) and the last 0..63 go through the AVX2 rows. Helpers
+// are inlined so no 512-bit value is passed to a call or kept on the stack
+// across one.
 #include "anti_flicker_kernel.h"
 
 #if defined(__x86_64__) || defined(_M_X64)
 #include "zvf/avx512.h"
+#include "zvf/floor_mean.h"
+#include "zvf/row_alignment.h"
 #include "zvf/row_prefetch.h"
 
 namespace zvf::filters {
@@ -33,11 +36,6 @@ ZVF_AF_INLINE __m512i Middle16(const __m512i& s, const __m512i& c, const __m512i
     }
 }
 
-// floor((x + y) / 2) of each byte: the rounded-up mean less the odd bit.
-ZVF_AF_INLINE __m512i FloorMean(const __m512i& x, const __m512i& y) {
-    return _mm512_sub_epi8(_mm512_avg_epu8(x, y), _mm512_and_si512(_mm512_xor_si512(x, y), _mm512_set1_epi8(1)));
-}
-
 template <bool kMean>
 void EdgeLoop(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
     const __m512i wv = _mm512_set1_epi16(static_cast<int16_t>(w));
@@ -60,6 +58,11 @@ void EdgeLoop(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int3
 }
 
 void EdgeRowAvx512(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, int32_t w, ptrdiff_t ahead) {
+    const size_t head = BytesToAlignment(c, bytes, 64);
+    if (head > 0) {
+        Avx2BlendRows().edge(c, n, o, head, w, ahead);
+        c += head, n += head, o += head, bytes -= head;
+    }
     w == kAntiFlickerMeanWeight ? EdgeLoop<true>(c, n, o, bytes, w, ahead) : EdgeLoop<false>(c, n, o, bytes, w, ahead);
 }
 
@@ -94,6 +97,11 @@ void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o
 
 void MiddleRowAvx512(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
                      ptrdiff_t ahead) {
+    const size_t head = BytesToAlignment(c, bytes, 64);
+    if (head > 0) {
+        Avx2BlendRows().middle(a, c, b, o, head, w, ahead);
+        a += head, c += head, b += head, o += head, bytes -= head;
+    }
     if (w == kAntiFlickerMeanWeight)
         MiddleLoop<Middle::kMean>(a, c, b, o, bytes, w, ahead);
     else if (w < 8192)

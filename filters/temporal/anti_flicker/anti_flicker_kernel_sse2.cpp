@@ -15,6 +15,8 @@
 #if defined(__SSE2__)
 #include <emmintrin.h>
 
+#include "zvf/floor_mean.h"
+
 namespace zvf::filters {
 namespace {
 
@@ -38,11 +40,6 @@ inline __m128i Middle8(__m128i a, __m128i c, __m128i b, __m128i w4) {
         const __m128i d = _mm_sub_epi16(_mm_add_epi16(a, b), _mm_add_epi16(c, c));
         return _mm_add_epi16(c, _mm_mulhi_epi16(d, w4));
     }
-}
-
-// floor((x + y) / 2) of each byte: the rounded-up mean less the odd bit.
-inline __m128i FloorMean(__m128i x, __m128i y) {
-    return _mm_sub_epi8(_mm_avg_epu8(x, y), _mm_and_si128(_mm_xor_si128(x, y), _mm_set1_epi8(1)));
 }
 
 template <bool kMean>
