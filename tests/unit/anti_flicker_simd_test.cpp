@@ -23,7 +23,7 @@ using test::LevelsAboveScalar;
 enum class Fill { Random, Zero, Full, Alternating };
 
 std::vector<uint8_t> Input(size_t bytes, Fill fill, std::mt19937& rng) {
-    std::vector<uint8_t> v(bytes + 8);
+    std::vector<uint8_t> v(bytes + 64);  // room for the largest offset
     for (size_t i = 0; i < v.size(); ++i) {
         switch (fill) {
             case Fill::Random:
