@@ -124,74 +124,8 @@ void RenderCurveLinesAvx2(const FieldView& v, const LineTerms (&terms)[3], bool 
 #else
 
 namespace zvf::filters {
-namespace {
 
-// Two tables, one per 128-bit half, by sixteenths: row h holds entries
-// 16h..16h+15. They live on the stack, which the Windows toolchains may not
-// align to 32 bytes, so they are read with unaligned loads.
-struct ShuffleTables {
-    uint8_t rows[16][32];
-
-    ShuffleTables(const uint8_t* low, const uint8_t* high) {
-        for (int h = 0; h < 16; ++h)
-            for (int k = 0; k < 16; ++k) {
-                rows[h][k] = low[16 * h + k];
-                rows[h][16 + k] = high[16 * h + k];
-            }
-    }
-};
-
-__attribute__((always_inline)) inline __m256i Row(const ShuffleTables& t, int h) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(t.rows[h]));
-}
-
-// Each byte of x through the table of its 128-bit half.
-__attribute__((always_inline)) inline __m256i LookUp(const ShuffleTables& t, const __m256i& x) {
-    const __m256i flipped = _mm256_xor_si256(x, _mm256_set1_epi8(static_cast<char>(0x80)));
-    __m256i part[8];
-    for (int h = 0; h < 8; ++h)
-        part[h] = _mm256_or_si256(_mm256_shuffle_epi8(Row(t, h), x), _mm256_shuffle_epi8(Row(t, h + 8), flipped));
-    // Bit b of each byte moved to its top bit (the 16-bit shift carries
-    // bits across bytes only below the top one) picks among the parts.
-    const __m256i bit4 = _mm256_slli_epi16(x, 3), bit5 = _mm256_slli_epi16(x, 2), bit6 = _mm256_slli_epi16(x, 1);
-    for (int h = 0; h < 4; ++h) part[h] = _mm256_blendv_epi8(part[2 * h], part[2 * h + 1], bit4);
-    for (int h = 0; h < 2; ++h) part[h] = _mm256_blendv_epi8(part[2 * h], part[2 * h + 1], bit5);
-    return _mm256_blendv_epi8(part[0], part[1], bit6);
-}
-
-// Within each 16-byte half: Y0 U0 Y1 V0 ... to eight Y, four U, four V, and
-// back.
-alignas(32) constexpr int8_t kSort[32] = {0, 2, 4, 6, 8, 10, 12, 14, 1, 5, 9, 13, 3, 7, 11, 15,
-                                          0, 2, 4, 6, 8, 10, 12, 14, 1, 5, 9, 13, 3, 7, 11, 15};
-alignas(32) constexpr int8_t kUnsort[32] = {0, 8, 1, 12, 2, 9, 3, 13, 4, 10, 5, 14, 6, 11, 7, 15,
-                                            0, 8, 1, 12, 2, 9, 3, 13, 4, 10, 5, 14, 6, 11, 7, 15};
-
-}  // namespace
-
-void RenderCurveTablesAvx2(const FieldView& v, const uint8_t (&tables)[3][256]) {
-    const ShuffleTables luma(tables[kCurveY], tables[kCurveY]);
-    const ShuffleTables chroma(tables[kCurveU], tables[kCurveV]);
-    const __m256i sort = _mm256_load_si256(reinterpret_cast<const __m256i*>(kSort));
-    const __m256i unsort = _mm256_load_si256(reinterpret_cast<const __m256i*>(kUnsort));
-    // The U and V dwords of both loads gathered into the low and the high
-    // half, and back.
-    const __m256i apart = _mm256_setr_epi32(0, 2, 4, 6, 1, 3, 5, 7);
-    const __m256i together = _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7);
-    WalkPairs<16>(
-        v,
-        [&](const uint8_t* s, uint8_t* d) {
-            const __m256i a = _mm256_shuffle_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s)), sort);
-            const __m256i b = _mm256_shuffle_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 32)), sort);
-            const __m256i y = LookUp(luma, _mm256_unpacklo_epi64(a, b));
-            const __m256i uv = _mm256_permutevar8x32_epi32(
-                LookUp(chroma, _mm256_permutevar8x32_epi32(_mm256_unpackhi_epi64(a, b), apart)), together);
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d),
-                                _mm256_shuffle_epi8(_mm256_unpacklo_epi64(y, uv), unsort));
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 32),
-                                _mm256_shuffle_epi8(_mm256_unpackhi_epi64(y, uv), unsort));
-        },
-        [&](const FieldView& rest) { RenderCurveTables(rest, tables); });
-}
+void RenderCurveTablesAvx2(const FieldView& v, const uint8_t (&tables)[3][256]) { RenderCurveTables(v, tables); }
 
 void RenderCurveLinesAvx2(const FieldView& v, const LineTerms (&terms)[3], bool limited) {
     RenderCurveLines(v, terms, limited);
