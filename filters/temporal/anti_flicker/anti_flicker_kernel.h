@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "zvf/simd_level.h"
 
@@ -19,6 +20,22 @@ int32_t AntiFlickerWeight(uint32_t power);
 // (a + b + 2c) >> 2, which is floor((floor((a + b) / 2) + c) / 2). The SIMD
 // rows take them without widening to 16 bits, about half the instructions.
 constexpr int32_t kAntiFlickerMeanWeight = 4096;
+
+// How the SIMD rows form a middle row for a weight: in 16-bit lanes with 4w
+// folded into the multiplier (below 8192), with w itself (8192), or as
+// byte means (kAntiFlickerMeanWeight). WithMiddleBlend runs `loop` with the
+// kind as a compile-time constant (a std::integral_constant).
+enum class MiddleBlend { kWeighted, kFull, kMean };
+template <class Loop>
+void WithMiddleBlend(int32_t w, Loop loop) {
+    using M = MiddleBlend;
+    if (w == kAntiFlickerMeanWeight)
+        loop(std::integral_constant<M, M::kMean>{});
+    else if (w < 8192)
+        loop(std::integral_constant<M, M::kWeighted>{});
+    else
+        loop(std::integral_constant<M, M::kFull>{});
+}
 
 // The row kernels BlendField runs; every version is bit-exact with the
 // scalar one on every input, for weights 0..8192. `ahead` is the distance to

@@ -99,15 +99,13 @@ void EdgeRowAvx2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, i
     w == kAntiFlickerMeanWeight ? EdgeLoop<true>(c, n, o, bytes, w, ahead) : EdgeLoop<false>(c, n, o, bytes, w, ahead);
 }
 
-enum class Middle { kWeighted, kFull, kMean };
-
-template <Middle kKind>
+template <MiddleBlend kKind>
 void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
                 ptrdiff_t ahead) {
-    constexpr bool kFull = kKind == Middle::kFull;
+    constexpr bool kFull = kKind == MiddleBlend::kFull;
     const __m256i wv = _mm256_set1_epi16(static_cast<int16_t>(kFull ? w : 4 * w));
     const auto step = [&](size_t at) {
-        if constexpr (kKind == Middle::kMean)
+        if constexpr (kKind == MiddleBlend::kMean)
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(o + at),
                                 FloorMean(FloorMean(Load(a + at), Load(b + at)), Load(c + at)));
         else
@@ -135,12 +133,7 @@ void MiddleRowAvx2(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t
         Sse2BlendRows().middle(a, c, b, o, head, w, ahead);
         a += head, c += head, b += head, o += head, bytes -= head;
     }
-    if (w == kAntiFlickerMeanWeight)
-        MiddleLoop<Middle::kMean>(a, c, b, o, bytes, w, ahead);
-    else if (w < 8192)
-        MiddleLoop<Middle::kWeighted>(a, c, b, o, bytes, w, ahead);
-    else
-        MiddleLoop<Middle::kFull>(a, c, b, o, bytes, w, ahead);
+    WithMiddleBlend(w, [&](auto kind) { MiddleLoop<decltype(kind)::value>(a, c, b, o, bytes, w, ahead); });
 }
 
 #undef ZVF_AF_INLINE

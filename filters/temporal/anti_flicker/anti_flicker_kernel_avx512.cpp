@@ -66,12 +66,10 @@ void EdgeRowAvx512(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes,
     w == kAntiFlickerMeanWeight ? EdgeLoop<true>(c, n, o, bytes, w, ahead) : EdgeLoop<false>(c, n, o, bytes, w, ahead);
 }
 
-enum class Middle { kWeighted, kFull, kMean };
-
-template <Middle kKind>
+template <MiddleBlend kKind>
 void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
                 ptrdiff_t ahead) {
-    constexpr bool kFull = kKind == Middle::kFull;
+    constexpr bool kFull = kKind == MiddleBlend::kFull;
     const __m512i wv = _mm512_set1_epi16(static_cast<int16_t>(kFull ? w : 4 * w));
     const __m512i zero = _mm512_setzero_si512();
     // a + b straight from the interleaved bytes (at most 510, never saturating).
@@ -82,7 +80,7 @@ void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o
         PrefetchLine(b + ahead + i);
         PrefetchLineForWrite(o + ahead + i);
         const __m512i av = _mm512_loadu_si512(a + i), bv = _mm512_loadu_si512(b + i), cv = _mm512_loadu_si512(c + i);
-        if constexpr (kKind == Middle::kMean) {
+        if constexpr (kKind == MiddleBlend::kMean) {
             _mm512_storeu_si512(o + i, FloorMean(FloorMean(av, bv), cv));
             continue;
         }
@@ -102,12 +100,7 @@ void MiddleRowAvx512(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8
         Avx2BlendRows().middle(a, c, b, o, head, w, ahead);
         a += head, c += head, b += head, o += head, bytes -= head;
     }
-    if (w == kAntiFlickerMeanWeight)
-        MiddleLoop<Middle::kMean>(a, c, b, o, bytes, w, ahead);
-    else if (w < 8192)
-        MiddleLoop<Middle::kWeighted>(a, c, b, o, bytes, w, ahead);
-    else
-        MiddleLoop<Middle::kFull>(a, c, b, o, bytes, w, ahead);
+    WithMiddleBlend(w, [&](auto kind) { MiddleLoop<decltype(kind)::value>(a, c, b, o, bytes, w, ahead); });
 }
 
 #undef ZVF_AF_INLINE

@@ -68,12 +68,10 @@ void EdgeRowSse2(const uint8_t* c, const uint8_t* n, uint8_t* o, size_t bytes, i
     w == kAntiFlickerMeanWeight ? EdgeLoop<true>(c, n, o, bytes, w, ahead) : EdgeLoop<false>(c, n, o, bytes, w, ahead);
 }
 
-enum class Middle { kWeighted, kFull, kMean };
-
-template <Middle kKind>
+template <MiddleBlend kKind>
 void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
                 ptrdiff_t ahead) {
-    constexpr bool kFull = kKind == Middle::kFull;
+    constexpr bool kFull = kKind == MiddleBlend::kFull;
     const __m128i zero = _mm_setzero_si128();
     const __m128i wv = _mm_set1_epi16(static_cast<int16_t>(kFull ? w : 4 * w));
     size_t i = 0;
@@ -82,7 +80,7 @@ void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o
         PrefetchLine(c + ahead + i);
         PrefetchLine(b + ahead + i);
         PrefetchLineForWrite(o + ahead + i);
-        if constexpr (kKind == Middle::kMean) {
+        if constexpr (kKind == MiddleBlend::kMean) {
             _mm_storeu_si128(reinterpret_cast<__m128i*>(o + i), FloorMean(FloorMean(av, bv), cv));
             continue;
         }
@@ -98,12 +96,7 @@ void MiddleLoop(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o
 
 void MiddleRowSse2(const uint8_t* a, const uint8_t* c, const uint8_t* b, uint8_t* o, size_t bytes, int32_t w,
                    ptrdiff_t ahead) {
-    if (w == kAntiFlickerMeanWeight)
-        MiddleLoop<Middle::kMean>(a, c, b, o, bytes, w, ahead);
-    else if (w < 8192)
-        MiddleLoop<Middle::kWeighted>(a, c, b, o, bytes, w, ahead);
-    else
-        MiddleLoop<Middle::kFull>(a, c, b, o, bytes, w, ahead);
+    WithMiddleBlend(w, [&](auto kind) { MiddleLoop<decltype(kind)::value>(a, c, b, o, bytes, w, ahead); });
 }
 
 }  // namespace
