@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "zvf/row_alignment.h"
+
 namespace zvf::filters {
 namespace {
 
@@ -34,10 +36,8 @@ void ReverseRowScalar(uint8_t* dst, const uint8_t* src, int32_t pairs, const uin
 }
 
 bool PeelToBoundary(uint8_t*& dst, const uint8_t* src, int32_t& pairs, uint8_t*& nextDst, uintptr_t boundary) {
-    const uintptr_t at = reinterpret_cast<uintptr_t>(dst);
-    if (at % 4 != 0) return false;
-    const auto before = static_cast<int32_t>(((boundary - at % boundary) % boundary) / 4);
-    const int32_t peel = before < pairs ? before : pairs;
+    if (reinterpret_cast<uintptr_t>(dst) % 4 != 0) return false;
+    const auto peel = static_cast<int32_t>(BytesToAlignment(dst, 4 * static_cast<size_t>(pairs), boundary) / 4);
     // The first destination pairs take the last source pairs.
     ReverseRowScalar(dst, src + 4 * static_cast<ptrdiff_t>(pairs - peel), peel, src, dst);
     dst += 4 * peel;
