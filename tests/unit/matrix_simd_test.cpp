@@ -274,46 +274,63 @@ MatrixCoefficients SeparableKernel(std::mt19937& rng, int variant) {
     return c;
 }
 
+// Whole fields of one kernel at one level against the scalar kernel, at the
+// field sizes that matter for lines read from the frame: tall enough for the
+// lines to cycle, wide enough for the middle of each line to be read where it
+// is, flush with the right edge or not, with and without a repeated last
+// line, in place and not.
+void ExpectWholeFieldsMatch(const Level& level, const MatrixCoefficients& c, std::mt19937& rng, int variant) {
+    for (int32_t width : {2, 5, 16, 33, 64, 65, 96, 127, 128, 129, 130, 160, 193, 300, 517}) {
+        for (int32_t height : {2, 3, 4, 7, 12}) {
+            const int32_t left = variant % 3 == 0 ? 0 : 3;
+            const int32_t w = left + width + (width % 3);
+            const bool inPlace = (width + height + variant) % 2 == 0;
+            host::Frame src(w, height), scalar(w, height), simd(w, height);
+            for (size_t i = 0; i < src.Bytes(); ++i) {
+                src.Pixels()[i] = Sample(rng, (width + variant) % 4, i);
+                scalar.Pixels()[i] = simd.Pixels()[i] = inPlace ? src.Pixels()[i] : static_cast<uint8_t>(rng());
+            }
+            const Rect r{left, 0, left + width, height - (height + variant) % 2};
+            for (int32_t field : {0, 1}) {
+                FieldView a, b;
+                host::Frame* from = inPlace ? nullptr : &src;
+                if (OpenField(&scalar, from ? from : &scalar, &r, field, &a, OddRule::SelectorNonZero) != status::ok)
+                    continue;  // a field with no lines in the region
+                ASSERT_EQ(OpenField(&simd, from ? from : &simd, &r, field, &b, OddRule::SelectorNonZero), status::ok);
+                ASSERT_TRUE(ConvolveMatrixField(a, c, SimdLevel::scalar));
+                ASSERT_TRUE(ConvolveMatrixField(b, c, level.level));
+            }
+            ASSERT_TRUE(std::equal(scalar.Pixels(), scalar.Pixels() + scalar.Bytes(), simd.Pixels()))
+                << SimdLevelName(level.level) << " width " << width << " height " << height << " variant "
+                << variant << (inPlace ? " in place" : "");
+        }
+    }
+}
+
 // Separable kernels run only through whole fields, each line's sums across
-// formed once and shared by three output lines: fields tall enough for the
-// lines to cycle, wide enough for the middle of each line to be read from
-// the frame, flush with the right edge or not, with and without a repeated
-// last line, in place and not.
+// formed once and shared by three output lines.
 TEST(MatrixSimd, SeparableKernelsMatchScalarOverWholeFields) {
     std::mt19937 rng(314);
     for (const Level& level : Levels()) {
-        for (int32_t width : {2, 5, 16, 33, 64, 65, 96, 127, 128, 129, 130, 160, 193, 300, 517}) {
-            for (int32_t height : {2, 3, 4, 7, 12}) {
-                for (int variant = 0; variant < 8; ++variant) {
-                    const MatrixCoefficients c = SeparableKernel(rng, variant);
-                    MatrixNarrow n;
-                    MatrixSeparable unused;
-                    ASSERT_TRUE(SixteenBitMatrix(c, &n) && SeparateMatrix(n, &unused)) << "variant " << variant;
-                    const int32_t left = variant % 3 == 0 ? 0 : 3;
-                    const int32_t w = left + width + (width % 3);
-                    const bool inPlace = (width + height + variant) % 2 == 0;
-                    host::Frame src(w, height), scalar(w, height), simd(w, height);
-                    for (size_t i = 0; i < src.Bytes(); ++i) {
-                        src.Pixels()[i] = Sample(rng, (width + variant) % 4, i);
-                        scalar.Pixels()[i] = simd.Pixels()[i] = inPlace ? src.Pixels()[i] : static_cast<uint8_t>(rng());
-                    }
-                    const Rect r{left, 0, left + width, height - (height + variant) % 2};
-                    for (int32_t field : {0, 1}) {
-                        FieldView a, b;
-                        host::Frame* from = inPlace ? nullptr : &src;
-                        if (OpenField(&scalar, from ? from : &scalar, &r, field, &a, OddRule::SelectorNonZero) !=
-                            status::ok)
-                            continue;  // a field with no lines in the region
-                        ASSERT_EQ(OpenField(&simd, from ? from : &simd, &r, field, &b, OddRule::SelectorNonZero),
-                                  status::ok);
-                        ASSERT_TRUE(ConvolveMatrixField(a, c, SimdLevel::scalar));
-                        ASSERT_TRUE(ConvolveMatrixField(b, c, level.level));
-                    }
-                    ASSERT_TRUE(std::equal(scalar.Pixels(), scalar.Pixels() + scalar.Bytes(), simd.Pixels()))
-                        << SimdLevelName(level.level) << " width " << width << " height " << height << " variant "
-                        << variant;
-                }
-            }
+        for (int variant = 0; variant < 8; ++variant) {
+            const MatrixCoefficients c = SeparableKernel(rng, variant);
+            MatrixNarrow n;
+            MatrixSeparable unused;
+            ASSERT_TRUE(SixteenBitMatrix(c, &n) && SeparateMatrix(n, &unused)) << "variant " << variant;
+            ExpectWholeFieldsMatch(level, c, rng, variant);
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+// Every other kind of kernel (16-bit forms and 32-bit sums) reads the
+// middle of its lines from the source frame when it is not the destination.
+TEST(MatrixSimd, WideFieldsMatchScalarFromTheFrameAndInPlace) {
+    std::mt19937 rng(2718);
+    for (const Level& level : Levels()) {
+        for (int kind = 0; kind < kKinds; ++kind) {
+            ExpectWholeFieldsMatch(level, Coefficients(rng, kind), rng, kind);
+            if (HasFatalFailure()) return;
         }
     }
 }

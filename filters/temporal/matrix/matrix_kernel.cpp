@@ -4,6 +4,8 @@
 #include <memory>
 #include <new>
 
+#include "zvf/field_source.h"
+
 namespace zvf::filters {
 namespace {
 
@@ -18,7 +20,8 @@ struct LineLoader {
     ptrdiff_t tail;   // bytes of the frame row after the region's pairs
     int32_t lastLine; // last field line inside the frame
     // Bytes copied at either end of the line; the middle is left out when
-    // the kernel reads it from the frame (only the separable loops do).
+    // the kernel reads it from the frame (with two frames, or in the
+    // separable loops, which read only the line not yet written).
     ptrdiff_t ends;
 
     // Buffers the line and returns where to read it whole: its place in the
@@ -101,6 +104,25 @@ void ConvolveLines(const FieldView& v, const LineLoader& loader, Slot (&slot)[3]
     }
 }
 
+// Runs `span(lines, from, to)` over a line's bytes [0, bytes): on the
+// buffered lines near the ends, where the kernels read the edge neighbours
+// (4 bytes beyond their span), and with `fromFrame` on the lines' places in
+// the frame in between, when the buffers hold only kMatrixEnds bytes at
+// either end. The middle is whole 64-byte steps, for every level's loop.
+template <typename Span>
+void AcrossLine(const Slot (&s)[3], const uint8_t* const (&lines)[3], ptrdiff_t bytes, bool fromFrame, Span span) {
+    constexpr ptrdiff_t kHead = 64;
+    if (!fromFrame || 2 * kMatrixEnds >= bytes) {
+        span(lines, 0, bytes);
+        return;
+    }
+    const ptrdiff_t end = kHead + (bytes - 4 - kHead) / 64 * 64;
+    const uint8_t* const rows[3] = {s[0].row, s[1].row, s[2].row};
+    span(lines, 0, kHead);
+    span(rows, kHead, end);
+    span(lines, end, bytes);
+}
+
 }  // namespace
 
 void MatrixLine(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
@@ -143,6 +165,12 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
     MatrixSeparable separable;
     const bool sixteen = level >= SimdLevel::avx2 && SixteenBitMatrix(c, &narrow);
     const bool separate = sixteen && SeparateMatrix(narrow, &separable);
+    // With two frames the SIMD lines read each source line's middle where it
+    // is; only its ends are buffered, for the edge neighbours. In place, an
+    // output line overwrites the line the next one takes from above, so every
+    // line is buffered whole (the scalar kernel always buffers, as the
+    // reference the others are checked against).
+    const bool fromFrame = level >= SimdLevel::sse2 && !SourceOverlapsDestination(v);
     // The sums across, one 16-bit word per byte, after the three lines.
     const ptrdiff_t acrossBytes = separate ? 2 * bytes : 0;
     std::unique_ptr<uint8_t[]> scratch(new (std::nothrow) uint8_t[static_cast<size_t>(3 * (lineSize + acrossBytes))]);
@@ -150,7 +178,7 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
 
     const ptrdiff_t rowStart = ptrdiff_t{v.left} * kBytesPerPixel;
     const LineLoader loader{v, bytes, ptrdiff_t{v.pitch} - rowStart - bytes, (v.height - 1 - v.firstRow) / 2,
-                            separate ? kMatrixEnds : bytes};
+                            separate || fromFrame ? kMatrixEnds : bytes};
     Slot slot[3];
     for (int i = 0; i < 3; ++i) {
         slot[i].bytes = scratch.get() + i * lineSize;
@@ -174,8 +202,11 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
         return true;
     }
     if (sixteen) {
-        ConvolveLines(v, loader, slot, [&](const Slot(&)[3], const uint8_t* const(&lines)[3], uint8_t* out, int32_t) {
-            (avx512 ? MatrixNarrowLineAvx512 : MatrixNarrowLineAvx2)(lines, out, 0, bytes, c, narrow);
+        const auto line = avx512 ? MatrixNarrowLineAvx512 : MatrixNarrowLineAvx2;
+        ConvolveLines(v, loader, slot, [&](const Slot(&s)[3], const uint8_t* const(&lines)[3], uint8_t* out, int32_t) {
+            AcrossLine(s, lines, bytes, fromFrame, [&](const uint8_t* const(&l)[3], ptrdiff_t from, ptrdiff_t to) {
+                line(l, out, from, to, c, narrow);
+            });
         });
         return true;
     }
@@ -183,8 +214,10 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
                               : level >= SimdLevel::avx2 ? MatrixWideLineAvx2
                               : level >= SimdLevel::sse2 ? MatrixLineSse2
                                                          : MatrixLine;
-    ConvolveLines(v, loader, slot, [&](const Slot(&)[3], const uint8_t* const(&lines)[3], uint8_t* out, int32_t) {
-        line(lines, out, 0, bytes, c);
+    ConvolveLines(v, loader, slot, [&](const Slot(&s)[3], const uint8_t* const(&lines)[3], uint8_t* out, int32_t) {
+        AcrossLine(s, lines, bytes, fromFrame, [&](const uint8_t* const(&l)[3], ptrdiff_t from, ptrdiff_t to) {
+            line(l, out, from, to, c);
+        });
     });
     return true;
 }
