@@ -3,8 +3,9 @@
 // (2 to 130 pixels) starting at odd pair offsets, coefficients from the
 // dialog's range to extreme 16-bit values and kernels on either side of the
 // narrow form's bound (weights totalling 128 and 129, scaled by powers of
-// two), the scaled and split forms, guard bytes around the output; and whole fields at every level, at
-// the frame's right edge and in place.
+// two), the scaled and split forms, kernels whose bottom line mirrors the top
+// one, guard bytes around the output; and whole fields at every level, at the
+// frame's right edge and in place.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -38,7 +39,7 @@ std::vector<Level> Levels() {
 }
 
 // Kinds of coefficients: even kinds are not normalised, odd ones are.
-constexpr int kKinds = 18;
+constexpr int kKinds = 20;
 
 // Small weights scaled by 2^t (t = 0 unless normalising) whose magnitudes
 // total `magnitude`, capped so that each coefficient fits 16 bits; all of one
@@ -118,6 +119,34 @@ MatrixCoefficients Coefficients(std::mt19937& rng, int kind) {
             } while (sum == 0);
             const MatrixCoefficients c = DeriveMatrixCoefficients(record);
             EXPECT_TRUE(SixteenBitMatrix(c, &unused));
+            return c;
+        }
+        case 9: {  // the bottom line the top one or its negation: values of any size, or as the
+                   // dialog derives them from small ones (a soft blur, a vertical gradient)
+            const int32_t sign = (rng() & 1) ? 1 : -1;
+            if (rng() & 1) {
+                MatrixRecord record;
+                record.normalize = kind % 2;
+                int32_t sum = 0;
+                do {
+                    for (int k = 0; k < 3; ++k) {
+                        record.kernel[k] = static_cast<int32_t>(rng() % 29) - 14;
+                        record.kernel[3 + k] = static_cast<int32_t>(rng() % 29) - 14;
+                        record.kernel[6 + k] = sign * record.kernel[k];
+                    }
+                    sum = 0;
+                    for (int32_t v : record.kernel) sum += v;
+                } while (sum == 0);
+                return DeriveMatrixCoefficients(record);
+            }
+            MatrixCoefficients c;
+            c.valid = 1;
+            c.normalize = kind % 2;
+            for (int k = 0; k < 3; ++k) {
+                c.rows[0][k] = static_cast<int16_t>(static_cast<int32_t>(rng() % 65535) - 32767);
+                c.rows[1][k] = static_cast<int16_t>(rng());
+                c.rows[2][k] = static_cast<int16_t>(sign * c.rows[0][k]);
+            }
             return c;
         }
         default:

@@ -1,11 +1,12 @@
-// AVX-512 (BW, VNNI) twin of Matrix's line kernel: the AVX2 loops on
+// AVX-512 (BW, VBMI, VNNI) twin of Matrix's line kernel: the AVX2 loops on
 // sixteen pairs (64 output bytes) per step, both the 16-bit loop of kernels
 // with a narrow form and the 32-bit one of the others, whose multiply-adds
 // accumulate in one instruction, and the separable kernels' sums across and
 // down; the shorter rest goes to the AVX2 loops.
 // Every shuffle, unpack and pack works inside 128-bit lanes, each holding
 // four whole pairs, exactly as in the AVX2 loops, so the bytes come out in
-// order. Helpers are forced inline: 512-bit values are never
+// order (the 32-bit loop's one two-window permute takes each lane's bytes
+// from the same lane of both windows). Helpers are forced inline: 512-bit values are never
 // passed to a call (the Windows stack is only 16-byte aligned).
 #include "matrix_kernel.h"
 
@@ -27,6 +28,25 @@ alignas(16) constexpr int8_t kWideLeftCentre[32] = {2, -1, 4, -1, 1, -1, 5, -1, 
                                                     6, -1, 8, -1, 5, -1, 9, -1, 8, -1, 10, -1, 7, -1, 11, -1};
 alignas(16) constexpr int8_t kWideRight[32] = {6,  -1, -1, -1, 9,  -1, -1, -1, 8,  -1, -1, -1, 11, -1, -1, -1,
                                                10, -1, -1, -1, 13, -1, -1, -1, 12, -1, -1, -1, 15, -1, -1, -1};
+
+// The top and middle lines' right taps side by side as the 16-bit halves
+// of each output's lane, picked from both windows at once (indices 64 and
+// up are the middle line's): lane k of the windows starting 4 and 8 bytes
+// before a pair. The odd bytes are zeroed by the permute's mask.
+constexpr __mmask64 kEvenBytes = 0x5555555555555555ull;
+__attribute__((always_inline)) inline __m512i RightPairIndices(bool late) {
+    int8_t idx[64];
+    const int8_t taps[4] = {6, 9, 8, 11};
+    for (int k = 0; k < 4; ++k)
+        for (int j = 0; j < 4; ++j) {
+            const int t = 16 * k + taps[j] + (late ? 4 : 0);
+            idx[16 * k + 4 * j] = static_cast<int8_t>(t);
+            idx[16 * k + 4 * j + 1] = 0;
+            idx[16 * k + 4 * j + 2] = static_cast<int8_t>(64 + t);
+            idx[16 * k + 4 * j + 3] = 0;
+        }
+    return _mm512_loadu_si512(idx);  // the Windows stack is only 16-byte aligned
+}
 
 __attribute__((always_inline)) inline __m512i Broadcast(const int8_t* lane) {
     return _mm512_broadcast_i32x4(_mm_load_si128(reinterpret_cast<const __m128i*>(lane)));
@@ -272,36 +292,74 @@ void MatrixLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
         MatrixWideLineAvx512(lines, out, from, to, c);
 }
 
-void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
-                          const MatrixCoefficients& c) {
+namespace {
+
+// How the bottom line's coefficients follow the top line's: +1 the same
+// (a blur, most kernels normalised by their sum), -1 the same negated (a
+// vertical gradient), 0 neither.
+int MirroredRows(const MatrixCoefficients& c) {
+    bool same = true, opposite = true;
+    for (int k = 0; k < 3; ++k) {
+        same = same && c.rows[2][k] == c.rows[0][k];
+        opposite = opposite && int32_t{c.rows[2][k]} == -int32_t{c.rows[0][k]};
+    }
+    return same ? 1 : (opposite ? -1 : 0);
+}
+
+// Whole steps of 64 output bytes of the 32-bit loop; returns where it
+// stopped. Each output's lane takes its taps as 16-bit pairs, two per fused
+// multiply-add: (left, centre) of each line, then the right taps of the top
+// and middle lines together, picked from both windows by one permute, and
+// the bottom line's alone. With mirrored top and bottom lines (kMirror +1
+// or -1) the bottom line's taps are first added to or taken from the top
+// line's, exactly in 16 bits (at most 510 in size), and the lanes take
+// three multiply-adds instead of five.
+template <int kMirror>
+ptrdiff_t WideSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                    const MatrixCoefficients& c) {
     const __m512i leftCentreTaps = Broadcast(kWideLeftCentre);
     const __m512i rightTaps = Broadcast(kWideRight);
     const __m512i leftCentreTapsLate = Broadcast(kWideLeftCentre + 16);
     const __m512i rightTapsLate = Broadcast(kWideRight + 16);
+    const __m512i rightPair = RightPairIndices(false), rightPairLate = RightPairIndices(true);
     __m512i leftCentre[3];
-    __m512i right[3];
     for (int r = 0; r < 3; ++r) {
         const auto c0 = static_cast<uint16_t>(c.rows[r][0]);
         const auto c1 = static_cast<uint16_t>(c.rows[r][1]);
         leftCentre[r] = _mm512_set1_epi32(static_cast<int32_t>((uint32_t{c1} << 16) | c0));
-        right[r] = _mm512_set1_epi32(static_cast<uint16_t>(c.rows[r][2]));
     }
+    const __m512i bottomRight = _mm512_set1_epi32(static_cast<uint16_t>(c.rows[2][2]));
+    const __m512i topMiddleRight = _mm512_set1_epi32(static_cast<int32_t>(
+        (uint32_t{static_cast<uint16_t>(c.rows[1][2])} << 16) | static_cast<uint16_t>(c.rows[0][2])));
     const bool normalize = c.normalize != 0;
     const auto chromaStart = static_cast<uint32_t>(WideChromaStart(c));
     const __m512i bias = _mm512_set1_epi64(static_cast<int64_t>(uint64_t{chromaStart} << 32));
     const __m512i cap = _mm512_set1_epi32(static_cast<int32_t>(0xFFFF00FFu));
+    const auto fold = [](const __m512i& top, const __m512i& bottom) {
+        return kMirror > 0 ? _mm512_add_epi16(top, bottom) : _mm512_sub_epi16(top, bottom);
+    };
     ptrdiff_t o = from;
     for (; o + 64 <= to; o += 64) {
         // Register p holds pairs p, p + 4, p + 8 and p + 12 (see the AVX2
         // loop).
         __m512i sums[4] = {bias, bias, bias, bias};
-        for (int r = 0; r < 3; ++r) {
-            for (int p = 0; p < 4; ++p) {
-                const __m512i w = Load(lines[r] + o + 4 * p - (p == 0 ? 4 : 8));
-                const __m512i lc = _mm512_shuffle_epi8(w, p == 0 ? leftCentreTaps : leftCentreTapsLate);
-                const __m512i rt = _mm512_shuffle_epi8(w, p == 0 ? rightTaps : rightTapsLate);
-                sums[p] = _mm512_dpwssd_epi32(sums[p], lc, leftCentre[r]);
-                sums[p] = _mm512_dpwssd_epi32(sums[p], rt, right[r]);
+        for (int p = 0; p < 4; ++p) {
+            __m512i w[3], lc[3];
+            for (int r = 0; r < 3; ++r) {
+                w[r] = Load(lines[r] + o + 4 * p - (p == 0 ? 4 : 8));
+                lc[r] = _mm512_shuffle_epi8(w[r], p == 0 ? leftCentreTaps : leftCentreTapsLate);
+            }
+            const __m512i rt01 =
+                _mm512_maskz_permutex2var_epi8(kEvenBytes, w[0], p == 0 ? rightPair : rightPairLate, w[1]);
+            const __m512i rt2 = _mm512_shuffle_epi8(w[2], p == 0 ? rightTaps : rightTapsLate);
+            if constexpr (kMirror != 0) {
+                sums[p] = _mm512_dpwssd_epi32(sums[p], fold(lc[0], lc[2]), leftCentre[0]);
+                sums[p] = _mm512_dpwssd_epi32(sums[p], lc[1], leftCentre[1]);
+                sums[p] = _mm512_dpwssd_epi32(sums[p], fold(rt01, rt2), topMiddleRight);
+            } else {
+                for (int r = 0; r < 3; ++r) sums[p] = _mm512_dpwssd_epi32(sums[p], lc[r], leftCentre[r]);
+                sums[p] = _mm512_dpwssd_epi32(sums[p], rt01, topMiddleRight);
+                sums[p] = _mm512_dpwssd_epi32(sums[p], rt2, bottomRight);
             }
         }
         if (normalize)
@@ -314,6 +372,17 @@ void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdif
         }
         _mm512_storeu_si512(out + o, _mm512_packus_epi16(low, high));
     }
+    return o;
+}
+
+}  // namespace
+
+void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                          const MatrixCoefficients& c) {
+    const int mirror = MirroredRows(c);
+    const ptrdiff_t o = mirror > 0   ? WideSteps<1>(lines, out, from, to, c)
+                        : mirror < 0 ? WideSteps<-1>(lines, out, from, to, c)
+                                     : WideSteps<0>(lines, out, from, to, c);
     if (o < to) MatrixWideLineAvx2(lines, out, o, to, c);
 }
 
