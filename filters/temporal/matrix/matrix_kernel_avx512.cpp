@@ -18,6 +18,9 @@ namespace {
 
 __attribute__((always_inline)) inline __m512i Load(const uint8_t* p) { return _mm512_loadu_si512(p); }
 
+// How far ahead the line below is asked for (see the AVX2 loops).
+constexpr ptrdiff_t kAhead = 1024;
+
 // Byte shuffle of a 16-byte window starting 4 bytes before eight outputs:
 // output j's left and right taps side by side (see the AVX2 loop).
 alignas(16) constexpr int8_t kLeftRight[16] = {2, 6, 1, 9, 4, 8, 3, 11, 6, 10, 5, 13, 8, 12, 7, 15};
@@ -139,6 +142,7 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
     const Finish<kFinish> finish(n, normalize);
     ptrdiff_t o = from;
     for (; o + 64 <= to; o += 64) {
+        _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
         // No sum leaves 16 bits: the narrow form bounds them all.
         __m512i lo = bias, hi = bias;
         for (int r = 0; r < 3; ++r) {
@@ -184,9 +188,6 @@ struct AcrossSums {
         hi = _mm512_add_epi16(b, _mm512_maddubs_epi16(_mm512_shuffle_epi8(Load(at + o + 4), leftRight), sideWeights));
     }
 };
-
-// How far ahead the frame's line below is asked for (see the AVX2 loop).
-constexpr ptrdiff_t kAhead = 1024;
 
 // Whole steps of a separable kernel (see the AVX2 loop).
 template <MatrixFinish kFinish, bool kOuterOnes, bool kMiddleOne>
@@ -342,6 +343,7 @@ ptrdiff_t WideSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
     for (; o + 64 <= to; o += 64) {
         // Register p holds pairs p, p + 4, p + 8 and p + 12 (see the AVX2
         // loop).
+        _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
         __m512i sums[4] = {bias, bias, bias, bias};
         for (int p = 0; p < 4; ++p) {
             __m512i w[3], lc[3];
