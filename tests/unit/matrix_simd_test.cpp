@@ -186,6 +186,33 @@ uint8_t Sample(std::mt19937& rng, int fill, size_t i) {
     }
 }
 
+// Which kernels the 32-bit loops fold: the bottom line equal to the top one
+// or its negation, whole lines only; -32768 has no negation in 16 bits.
+TEST(MatrixSimd, MirroredRowsAreWholeLinesEqualOrNegated) {
+    struct Case {
+        int16_t top[3], middle[3], bottom[3];
+        int expected;
+    };
+    const Case cases[] = {
+        {{1, 2, 1}, {2, 5, 2}, {1, 2, 1}, 1},
+        {{-1, -2, -1}, {0, 0, 0}, {1, 2, 1}, -1},
+        {{0, 0, 0}, {0, 4096, 0}, {0, 0, 0}, 1},  // zero lines are both: folding by adding
+        {{1, 2, 1}, {2, 5, 2}, {1, 2, 2}, 0},
+        {{1, 2, 3}, {0, 0, 0}, {3, 2, 1}, 0},  // mirrored left to right, not top to bottom
+        {{-32768, 0, 5}, {0, 0, 0}, {-32768, 0, 5}, 1},
+        {{-32768, 0, 5}, {0, 0, 0}, {-32768, 0, -5}, 0},
+    };
+    for (const Case& k : cases) {
+        MatrixCoefficients c;
+        for (int i = 0; i < 3; ++i) {
+            c.rows[0][i] = k.top[i];
+            c.rows[1][i] = k.middle[i];
+            c.rows[2][i] = k.bottom[i];
+        }
+        EXPECT_EQ(MatrixMirroredRows(c), k.expected) << k.top[0] << " " << k.bottom[0];
+    }
+}
+
 TEST(MatrixSimd, LineByteIdenticalToScalarWithGuardsUntouched) {
     std::mt19937 rng(2026);
     const std::vector<Level> levels = Levels();

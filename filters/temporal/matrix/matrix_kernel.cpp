@@ -142,6 +142,15 @@ int32_t WideChromaStart(const MatrixCoefficients& c) {
     return -128 * total + (c.normalize != 0 ? 128 << 12 : 128);
 }
 
+int MatrixMirroredRows(const MatrixCoefficients& c) {
+    bool same = true, opposite = true;
+    for (int k = 0; k < 3; ++k) {
+        same = same && c.rows[2][k] == c.rows[0][k];
+        opposite = opposite && int32_t{c.rows[2][k]} == -int32_t{c.rows[0][k]};
+    }
+    return same ? 1 : (opposite ? -1 : 0);
+}
+
 void CopyMatrixField(const FieldView& v) {
     const size_t bytes = static_cast<size_t>(v.pairs) * 4;
     for (int32_t r = 0; r < v.rows; ++r) {

@@ -90,4 +90,10 @@ void MatrixSeparableLineAvx512(int16_t* const (&across)[3], const uint8_t* const
 // normalising so that the arithmetic shift adds it exactly.
 int32_t WideChromaStart(const MatrixCoefficients& c);
 
+// How the bottom line's coefficients follow the top line's, for the SIMD
+// 32-bit loops, which then fold the two lines' taps before multiplying: +1
+// the same (a blur, most kernels normalised by their sum), -1 the same
+// negated (a vertical gradient), 0 neither.
+int MatrixMirroredRows(const MatrixCoefficients& c);
+
 }  // namespace zvf::filters

@@ -4,8 +4,9 @@
 // whole pairs, so the bytes come out in order.
 // In the 32-bit loop each 32-bit lane holds one output byte: a byte shuffle
 // of each line puts its left and centre taps side by side as 16-bit halves
-// of the lane, so one multiply-add applies two coefficients, and a second
-// shuffle and multiply-add the right tap. Luma and chroma share the
+// of the lane, so one multiply-add applies two coefficients; the top and
+// middle lines' right taps share a third, the bottom line's takes a fourth.
+// A bottom line that mirrors the top one is folded into it first. Luma and chroma share the
 // registers; the sums start at a per-lane bias that re-centres chroma, and
 // one arithmetic shift serves both, a negative luma sum being made white
 // after packing, as in the 16-bit loop.
@@ -58,6 +59,14 @@ alignas(32) constexpr int8_t kWideRight[64] = {
     6,  -1, -1, -1, 9,  -1, -1, -1, 8,  -1, -1, -1, 11, -1, -1, -1,
     10, -1, -1, -1, 13, -1, -1, -1, 12, -1, -1, -1, 15, -1, -1, -1,  // 8 bytes before
     10, -1, -1, -1, 13, -1, -1, -1, 12, -1, -1, -1, 15, -1, -1, -1};
+
+// kWideRight with the tap in the upper 16-bit half of each lane, for the
+// middle line, whose right taps then share the top line's lanes.
+alignas(32) constexpr int8_t kWideRightHigh[64] = {
+    -1, -1, 6,  -1, -1, -1, 9,  -1, -1, -1, 8,  -1, -1, -1, 11, -1,  // window 4 bytes before the pair
+    -1, -1, 6,  -1, -1, -1, 9,  -1, -1, -1, 8,  -1, -1, -1, 11, -1,
+    -1, -1, 10, -1, -1, -1, 13, -1, -1, -1, 12, -1, -1, -1, 15, -1,  // 8 bytes before
+    -1, -1, 10, -1, -1, -1, 13, -1, -1, -1, 12, -1, -1, -1, 15, -1};
 
 __attribute__((always_inline)) inline __m256i Pair(int32_t first, int32_t second) {
     const auto low = static_cast<uint16_t>(static_cast<uint8_t>(first));
@@ -344,24 +353,44 @@ void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
         MatrixWideLineAvx2(lines, out, from, to, c);
 }
 
-void MatrixWideLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
-                        const MatrixCoefficients& c) {
+namespace {
+
+// Whole steps of 32 output bytes of the 32-bit loop; returns where it
+// stopped. Each output's lane takes its taps as 16-bit pairs, one
+// multiply-add per pair: (left, centre) of each line, then the top and
+// middle lines' right taps together (the middle's shuffled into the upper
+// halves), and the bottom line's alone. With mirrored top and bottom lines
+// (kMirror +1 or -1) the bottom line's taps are first added to or taken
+// from the top line's, exactly in 16 bits (at most 510 in size), and three
+// multiply-adds take what five did.
+template <int kMirror>
+ptrdiff_t WideSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                    const MatrixCoefficients& c) {
     const __m256i leftCentreTaps = Load(reinterpret_cast<const uint8_t*>(kWideLeftCentre));
     const __m256i rightTaps = Load(reinterpret_cast<const uint8_t*>(kWideRight));
+    const __m256i rightHighTaps = Load(reinterpret_cast<const uint8_t*>(kWideRightHigh));
     const __m256i leftCentreTapsLate = Load(reinterpret_cast<const uint8_t*>(kWideLeftCentre + 32));
     const __m256i rightTapsLate = Load(reinterpret_cast<const uint8_t*>(kWideRight + 32));
+    const __m256i rightHighTapsLate = Load(reinterpret_cast<const uint8_t*>(kWideRightHigh + 32));
     __m256i leftCentre[3];
-    __m256i right[3];
     for (int r = 0; r < 3; ++r) {
         const auto c0 = static_cast<uint16_t>(c.rows[r][0]);
         const auto c1 = static_cast<uint16_t>(c.rows[r][1]);
         leftCentre[r] = _mm256_set1_epi32(static_cast<int32_t>((uint32_t{c1} << 16) | c0));
-        right[r] = _mm256_set1_epi32(static_cast<uint16_t>(c.rows[r][2]));
     }
+    const __m256i bottomRight = _mm256_set1_epi32(static_cast<uint16_t>(c.rows[2][2]));
+    const __m256i topMiddleRight = _mm256_set1_epi32(static_cast<int32_t>(
+        (uint32_t{static_cast<uint16_t>(c.rows[1][2])} << 16) | static_cast<uint16_t>(c.rows[0][2])));
     const bool normalize = c.normalize != 0;
     const auto chromaStart = static_cast<uint32_t>(WideChromaStart(c));
     const __m256i bias = _mm256_set1_epi64x(static_cast<int64_t>(uint64_t{chromaStart} << 32));
     const __m256i cap = _mm256_set1_epi32(static_cast<int32_t>(0xFFFF00FFu));
+    const auto fold = [](const __m256i& top, const __m256i& bottom) {
+        return kMirror > 0 ? _mm256_add_epi16(top, bottom) : _mm256_sub_epi16(top, bottom);
+    };
+    const auto madd = [](__m256i& sum, const __m256i& taps, const __m256i& weights) {
+        sum = _mm256_add_epi32(sum, _mm256_madd_epi16(taps, weights));
+    };
     ptrdiff_t o = from;
     for (; o + 32 <= to; o += 32) {
         // Register p holds pairs p and p + 4 of the step, one output per
@@ -369,13 +398,24 @@ void MatrixWideLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_
         // that no load leaves the buffered line's edge bytes.
         _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
         __m256i sums[4] = {bias, bias, bias, bias};
-        for (int r = 0; r < 3; ++r) {
-            for (int p = 0; p < 4; ++p) {
-                const __m256i w = Load(lines[r] + o + 4 * p - (p == 0 ? 4 : 8));
-                const __m256i lc = _mm256_shuffle_epi8(w, p == 0 ? leftCentreTaps : leftCentreTapsLate);
-                const __m256i rt = _mm256_shuffle_epi8(w, p == 0 ? rightTaps : rightTapsLate);
-                sums[p] = _mm256_add_epi32(sums[p], _mm256_madd_epi16(lc, leftCentre[r]));
-                sums[p] = _mm256_add_epi32(sums[p], _mm256_madd_epi16(rt, right[r]));
+        for (int p = 0; p < 4; ++p) {
+            const bool late = p != 0;
+            __m256i w[3], lc[3];
+            for (int r = 0; r < 3; ++r) {
+                w[r] = Load(lines[r] + o + 4 * p - (late ? 8 : 4));
+                lc[r] = _mm256_shuffle_epi8(w[r], late ? leftCentreTapsLate : leftCentreTaps);
+            }
+            const __m256i rt0 = _mm256_shuffle_epi8(w[0], late ? rightTapsLate : rightTaps);
+            const __m256i rt1 = _mm256_shuffle_epi8(w[1], late ? rightHighTapsLate : rightHighTaps);
+            const __m256i rt2 = _mm256_shuffle_epi8(w[2], late ? rightTapsLate : rightTaps);
+            if constexpr (kMirror != 0) {
+                madd(sums[p], fold(lc[0], lc[2]), leftCentre[0]);
+                madd(sums[p], lc[1], leftCentre[1]);
+                madd(sums[p], _mm256_or_si256(fold(rt0, rt2), rt1), topMiddleRight);
+            } else {
+                for (int r = 0; r < 3; ++r) madd(sums[p], lc[r], leftCentre[r]);
+                madd(sums[p], _mm256_or_si256(rt0, rt1), topMiddleRight);
+                madd(sums[p], rt2, bottomRight);
             }
         }
         if (normalize)
@@ -390,6 +430,17 @@ void MatrixWideLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_
         }
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), _mm256_packus_epi16(low, high));
     }
+    return o;
+}
+
+}  // namespace
+
+void MatrixWideLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                        const MatrixCoefficients& c) {
+    const int mirror = MatrixMirroredRows(c);
+    const ptrdiff_t o = mirror > 0   ? WideSteps<1>(lines, out, from, to, c)
+                        : mirror < 0 ? WideSteps<-1>(lines, out, from, to, c)
+                                     : WideSteps<0>(lines, out, from, to, c);
     if (o < to) MatrixLineSse2(lines, out, o, to, c);
 }
 

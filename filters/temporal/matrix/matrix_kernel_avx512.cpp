@@ -295,18 +295,6 @@ void MatrixLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
 
 namespace {
 
-// How the bottom line's coefficients follow the top line's: +1 the same
-// (a blur, most kernels normalised by their sum), -1 the same negated (a
-// vertical gradient), 0 neither.
-int MirroredRows(const MatrixCoefficients& c) {
-    bool same = true, opposite = true;
-    for (int k = 0; k < 3; ++k) {
-        same = same && c.rows[2][k] == c.rows[0][k];
-        opposite = opposite && int32_t{c.rows[2][k]} == -int32_t{c.rows[0][k]};
-    }
-    return same ? 1 : (opposite ? -1 : 0);
-}
-
 // Whole steps of 64 output bytes of the 32-bit loop; returns where it
 // stopped. Each output's lane takes its taps as 16-bit pairs, two per fused
 // multiply-add: (left, centre) of each line, then the right taps of the top
@@ -381,7 +369,7 @@ ptrdiff_t WideSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
 
 void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c) {
-    const int mirror = MirroredRows(c);
+    const int mirror = MatrixMirroredRows(c);
     const ptrdiff_t o = mirror > 0   ? WideSteps<1>(lines, out, from, to, c)
                         : mirror < 0 ? WideSteps<-1>(lines, out, from, to, c)
                                      : WideSteps<0>(lines, out, from, to, c);
