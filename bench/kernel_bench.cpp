@@ -139,6 +139,15 @@ MatrixRecord Soft() {
     return r;
 }
 
+// Normalised by 87: large values of mixed signs, whose coefficients have
+// no 16-bit form and take the 32-bit loops.
+MatrixRecord Large() {
+    MatrixRecord r;
+    const int32_t k[9] = {-90, 120, -60, 100, 37, -80, 70, -110, 100};
+    std::memcpy(r.kernel, k, sizeof k);
+    return r;
+}
+
 // Normalised by 16: (1, 2, 1) down times (1, 2, 1) across.
 MatrixRecord Binomial() {
     MatrixRecord r;
@@ -182,6 +191,8 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
          [c = DeriveMatrixCoefficients(Box())](Frames&, FieldView& v, SimdLevel l) { ConvolveMatrixField(v, c, l); }},
         {"Matrix soft",
          [c = DeriveMatrixCoefficients(Soft())](Frames&, FieldView& v, SimdLevel l) { ConvolveMatrixField(v, c, l); }},
+        {"Matrix large",
+         [c = DeriveMatrixCoefficients(Large())](Frames&, FieldView& v, SimdLevel l) { ConvolveMatrixField(v, c, l); }},
         {"Matrix binomial",
          [c = DeriveMatrixCoefficients(Binomial())](Frames&, FieldView& v, SimdLevel l) {
              ConvolveMatrixField(v, c, l);
