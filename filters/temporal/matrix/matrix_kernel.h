@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "matrix_coefficients.h"
 #include "matrix_narrow.h"
@@ -95,5 +96,20 @@ int32_t WideChromaStart(const MatrixCoefficients& c);
 // the same (a blur, most kernels normalised by their sum), -1 the same
 // negated (a vertical gradient), 0 neither.
 int MatrixMirroredRows(const MatrixCoefficients& c);
+
+// Runs `steps` with the kernel's MatrixMirroredRows as a compile-time
+// constant (a std::integral_constant<int, ...>), for the 32-bit loops;
+// returns what it returns.
+template <class Steps>
+ptrdiff_t WithMirroredRows(const MatrixCoefficients& c, Steps steps) {
+    switch (MatrixMirroredRows(c)) {
+        case 1:
+            return steps(std::integral_constant<int, 1>{});
+        case -1:
+            return steps(std::integral_constant<int, -1>{});
+        default:
+            return steps(std::integral_constant<int, 0>{});
+    }
+}
 
 }  // namespace zvf::filters

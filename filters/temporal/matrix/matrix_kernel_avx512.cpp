@@ -369,10 +369,8 @@ ptrdiff_t WideSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
 
 void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c) {
-    const int mirror = MatrixMirroredRows(c);
-    const ptrdiff_t o = mirror > 0   ? WideSteps<1>(lines, out, from, to, c)
-                        : mirror < 0 ? WideSteps<-1>(lines, out, from, to, c)
-                                     : WideSteps<0>(lines, out, from, to, c);
+    const ptrdiff_t o = WithMirroredRows(
+        c, [&](auto mirror) { return WideSteps<decltype(mirror)::value>(lines, out, from, to, c); });
     if (o < to) MatrixWideLineAvx2(lines, out, o, to, c);
 }
 
