@@ -393,10 +393,10 @@ ptrdiff_t WideSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
     };
     ptrdiff_t o = from;
     for (; o + 32 <= to; o += 32) {
+        _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
         // Register p holds pairs p and p + 4 of the step, one output per
         // lane; the first loads 4 bytes before its pair, the others 8, so
         // that no load leaves the buffered line's edge bytes.
-        _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
         __m256i sums[4] = {bias, bias, bias, bias};
         for (int p = 0; p < 4; ++p) {
             const bool late = p != 0;

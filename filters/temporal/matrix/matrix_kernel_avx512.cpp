@@ -6,8 +6,9 @@
 // Every shuffle, unpack and pack works inside 128-bit lanes, each holding
 // four whole pairs, exactly as in the AVX2 loops, so the bytes come out in
 // order (the 32-bit loop's one two-window permute takes each lane's bytes
-// from the same lane of both windows). Helpers are forced inline: 512-bit values are never
-// passed to a call (the Windows stack is only 16-byte aligned).
+// from the same lane of both windows). Helpers are forced inline: 512-bit
+// values are never passed to a call (the Windows stack is only 16-byte
+// aligned).
 #include "matrix_kernel.h"
 
 #if defined(__x86_64__) || defined(_M_X64)
@@ -329,9 +330,9 @@ ptrdiff_t WideSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
     };
     ptrdiff_t o = from;
     for (; o + 64 <= to; o += 64) {
+        _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
         // Register p holds pairs p, p + 4, p + 8 and p + 12 (see the AVX2
         // loop).
-        _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
         __m512i sums[4] = {bias, bias, bias, bias};
         for (int p = 0; p < 4; ++p) {
             __m512i w[3], lc[3];
