@@ -104,23 +104,19 @@ void ConvolveLines(const FieldView& v, const LineLoader& loader, Slot (&slot)[3]
     }
 }
 
-// Runs `span(lines, from, to)` over a line's bytes [0, bytes): on the
-// buffered lines near the ends, where the kernels read the edge neighbours
-// (4 bytes beyond their span), and with `fromFrame` on the lines' places in
-// the frame in between, when the buffers hold only kMatrixEnds bytes at
-// either end. The middle is whole 64-byte steps, for every level's loop.
-template <typename Span>
-void AcrossLine(const Slot (&s)[3], const uint8_t* const (&lines)[3], ptrdiff_t bytes, bool fromFrame, Span span) {
+// Where one output line's kernels read: the buffered lines, and with
+// `fromFrame` the lines' places in the frame for the whole 64-byte steps
+// between the buffered ends, where the kernels read the edge neighbours.
+// Those steps' reads (4 bytes on either side) stay inside the region, and
+// the buffered steps' reads within the kMatrixEnds bytes kept at each end.
+MatrixSources SourcesOf(const Slot (&s)[3], const uint8_t* const (&lines)[3], ptrdiff_t bytes, bool fromFrame) {
+    MatrixSources src = MatrixSources::Buffered(lines);
+    if (!fromFrame || 2 * kMatrixEnds >= bytes) return src;
     constexpr ptrdiff_t kHead = 64;
-    if (!fromFrame || 2 * kMatrixEnds >= bytes) {
-        span(lines, 0, bytes);
-        return;
-    }
-    const ptrdiff_t end = kHead + (bytes - 4 - kHead) / 64 * 64;
-    const uint8_t* const rows[3] = {s[0].row, s[1].row, s[2].row};
-    span(lines, 0, kHead);
-    span(rows, kHead, end);
-    span(lines, end, bytes);
+    for (int r = 0; r < 3; ++r) src.frame[r] = s[r].row;
+    src.frameFrom = kHead;
+    src.frameTo = kHead + (bytes - 4 - kHead) / 64 * 64;
+    return src;
 }
 
 }  // namespace
@@ -213,18 +209,20 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
     if (sixteen) {
         const auto line = avx512 ? MatrixNarrowLineAvx512 : MatrixNarrowLineAvx2;
         ConvolveLines(v, loader, slot, [&](const Slot(&s)[3], const uint8_t* const(&lines)[3], uint8_t* out, int32_t) {
-            AcrossLine(s, lines, bytes, fromFrame, [&](const uint8_t* const(&l)[3], ptrdiff_t from, ptrdiff_t to) {
-                line(l, out, from, to, c, narrow);
-            });
+            line(SourcesOf(s, lines, bytes, fromFrame), out, 0, bytes, c, narrow);
         });
         return true;
     }
-    const MatrixLineFn line = avx512                     ? MatrixWideLineAvx512
-                              : level >= SimdLevel::avx2 ? MatrixWideLineAvx2
-                              : level >= SimdLevel::sse2 ? MatrixLineSse2
-                                                         : MatrixLine;
+    if (level >= SimdLevel::avx2) {
+        const auto line = avx512 ? MatrixWideLineAvx512 : MatrixWideLineAvx2;
+        ConvolveLines(v, loader, slot, [&](const Slot(&s)[3], const uint8_t* const(&lines)[3], uint8_t* out, int32_t) {
+            line(SourcesOf(s, lines, bytes, fromFrame), out, 0, bytes, c);
+        });
+        return true;
+    }
+    const MatrixLineFn line = level >= SimdLevel::sse2 ? MatrixLineSse2 : MatrixLine;
     ConvolveLines(v, loader, slot, [&](const Slot(&s)[3], const uint8_t* const(&lines)[3], uint8_t* out, int32_t) {
-        AcrossLine(s, lines, bytes, fromFrame, [&](const uint8_t* const(&l)[3], ptrdiff_t from, ptrdiff_t to) {
+        SourcesOf(s, lines, bytes, fromFrame).Spans(0, bytes, [&](const uint8_t* const(&l)[3], ptrdiff_t from, ptrdiff_t to) {
             line(l, out, from, to, c);
         });
     });

@@ -45,20 +45,61 @@ void MatrixLineSse2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
                     const MatrixCoefficients& c);
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c);
+// Where a field's SIMD line kernels read the three lines of an output line:
+// the buffered ones, and for the whole steps inside [frameFrom, frameTo)
+// the lines' places in the frame, which hold every byte of the region
+// (each step reads 4 bytes on either side). Both bounds are whole steps of
+// every level from the line's start; the kernels' `from` is too.
+struct MatrixSources {
+    const uint8_t* buffered[3] = {};
+    const uint8_t* frame[3] = {};
+    ptrdiff_t frameFrom = 0, frameTo = 0;
+
+    // The buffered lines only.
+    static MatrixSources Buffered(const uint8_t* const (&lines)[3]) {
+        MatrixSources s;
+        for (int r = 0; r < 3; ++r) s.buffered[r] = s.frame[r] = lines[r];
+        return s;
+    }
+
+    // Runs step(lines, o) for the whole steps of `width` bytes from `from`
+    // on, up to `to`: on the buffers before the frame's range, on the frame
+    // in it, on the buffers after. Returns where the steps stopped.
+    template <typename Step>
+    ptrdiff_t Steps(ptrdiff_t from, ptrdiff_t to, ptrdiff_t width, Step step) const {
+        ptrdiff_t o = from;
+        for (; o + width <= to && o + width <= frameFrom; o += width) step(buffered, o);
+        for (; o + width <= to && o + width <= frameTo; o += width) step(frame, o);
+        for (; o + width <= to; o += width) step(buffered, o);
+        return o;
+    }
+
+    // Runs span(lines, a, b) over [from, to) in up to three spans, the
+    // buffers' before the frame's range, the frame's, the buffers' after.
+    template <typename Span>
+    void Spans(ptrdiff_t from, ptrdiff_t to, Span span) const {
+        const ptrdiff_t a = frameFrom < from ? from : (frameFrom > to ? to : frameFrom);
+        const ptrdiff_t b = frameTo < a ? a : (frameTo > to ? to : frameTo);
+        if (from < a) span(buffered, from, a);
+        if (a < b) span(frame, a, b);
+        if (b < to) span(buffered, b, to);
+    }
+};
+
 // MatrixLineAvx2's two paths, for callers that work out once per field
 // which one a kernel takes: the 16-bit one for a kernel with a narrow form,
 // and the 32-bit one for any kernel.
-void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+void MatrixNarrowLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c, const MatrixNarrow& narrow);
-void MatrixWideLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+void MatrixWideLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                         const MatrixCoefficients& c);
 // The same three at AVX-512 (BW) on x86-64, 64 output bytes per step;
 // elsewhere the AVX2 ones.
 void MatrixLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                       const MatrixCoefficients& c);
-void MatrixNarrowLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+void MatrixNarrowLineAvx512(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                             const MatrixCoefficients& c, const MatrixNarrow& narrow);
-void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+void MatrixWideLineAvx512(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c);
 
 // Separable kernels (SeparateMatrix), whose lines' sums across are shared

@@ -23,6 +23,14 @@
 #endif
 
 namespace zvf::filters {
+namespace {
+
+// The bytes [from, to) the AVX2 steps left, through the SSE2 line kernel.
+void RestSse2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to, const MatrixCoefficients& c) {
+    lines.Spans(from, to, [&](const uint8_t* const(&l)[3], ptrdiff_t a, ptrdiff_t b) { MatrixLineSse2(l, out, a, b, c); });
+}
+
+}  // namespace
 
 #if defined(__AVX2__)
 namespace {
@@ -173,7 +181,7 @@ struct Finish {
 // skipped. The split form takes its residual sums from the same shuffled
 // bytes.
 template <MatrixFinish kFinish>
-ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+ptrdiff_t NarrowSteps(const MatrixSources& src, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                       const MatrixNarrow& n, bool normalize) {
     const __m256i leftRight = Load(reinterpret_cast<const uint8_t*>(kLeftRight));
     constexpr bool kSplit = kFinish == MatrixFinish::kSplit;
@@ -197,8 +205,7 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
     const __m256i residualStart = ChromaWords(n.residualBias);
     const __m256i zero = _mm256_setzero_si256();
     const Finish<kFinish> finish(n, normalize);
-    ptrdiff_t o = from;
-    for (; o + 32 <= to; o += 32) {
+    return src.Steps(from, to, 32, [&](const uint8_t* const(&lines)[3], ptrdiff_t o) {
         _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
         // No sum leaves 16 bits: the narrow form bounds them all.
         __m256i lo = bias, hi = bias;
@@ -223,8 +230,7 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
             if (kSplit && residualMiddle) Accumulate(rlo, rhi, a, b, middleResidual);
         }
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), finish.Bytes(lo, hi, rlo, rhi));
-    }
-    return o;
+    });
 }
 
 // A line's sums across for one step of 32 bytes, in the 16-bit loop's lane
@@ -311,13 +317,13 @@ ptrdiff_t SeparableSteps(int16_t* const (&across)[3], const uint8_t* line, const
 
 }  // namespace
 
-void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+void MatrixNarrowLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c, const MatrixNarrow& narrow) {
     const bool normalize = c.normalize != 0;
     const ptrdiff_t o = WithFinish(FinishOf(narrow, normalize), [&](auto finish) {
         return NarrowSteps<decltype(finish)::value>(lines, out, from, to, narrow, normalize);
     });
-    if (o < to) MatrixLineSse2(lines, out, o, to, c);
+    RestSse2(lines, out, o, to, c);
 }
 
 void MatrixAcrossAvx2(const uint8_t* line, const uint8_t* row, int16_t* across, ptrdiff_t to,
@@ -341,16 +347,16 @@ void MatrixSeparableLineAvx2(int16_t* const (&across)[3], const uint8_t* const (
         else
             return SeparableSteps<decltype(finish)::value>(across, lines[2], row, out, to, narrow, s, normalize);
     });
-    if (o < to) MatrixNarrowLineAvx2(lines, out, o, to, c, narrow);
+    if (o < to) MatrixNarrowLineAvx2(MatrixSources::Buffered(lines), out, o, to, c, narrow);
 }
 
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c) {
     MatrixNarrow narrow;
     if (SixteenBitMatrix(c, &narrow))
-        MatrixNarrowLineAvx2(lines, out, from, to, c, narrow);
+        MatrixNarrowLineAvx2(MatrixSources::Buffered(lines), out, from, to, c, narrow);
     else
-        MatrixWideLineAvx2(lines, out, from, to, c);
+        MatrixWideLineAvx2(MatrixSources::Buffered(lines), out, from, to, c);
 }
 
 namespace {
@@ -364,7 +370,7 @@ namespace {
 // from the top line's, exactly in 16 bits (at most 510 in size), and three
 // multiply-adds take what five did.
 template <int kMirror>
-ptrdiff_t WideSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+ptrdiff_t WideSteps(const MatrixSources& src, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c) {
     const __m256i leftCentreTaps = Load(reinterpret_cast<const uint8_t*>(kWideLeftCentre));
     const __m256i rightTaps = Load(reinterpret_cast<const uint8_t*>(kWideRight));
@@ -391,8 +397,7 @@ ptrdiff_t WideSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
     const auto madd = [](__m256i& sum, const __m256i& taps, const __m256i& weights) {
         sum = _mm256_add_epi32(sum, _mm256_madd_epi16(taps, weights));
     };
-    ptrdiff_t o = from;
-    for (; o + 32 <= to; o += 32) {
+    return src.Steps(from, to, 32, [&](const uint8_t* const(&lines)[3], ptrdiff_t o) {
         _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
         // Register p holds pairs p and p + 4 of the step, one output per
         // lane; the first loads 4 bytes before its pair, the others 8, so
@@ -429,24 +434,23 @@ ptrdiff_t WideSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
             high = _mm256_min_epu16(high, cap);
         }
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), _mm256_packus_epi16(low, high));
-    }
-    return o;
+    });
 }
 
 }  // namespace
 
-void MatrixWideLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+void MatrixWideLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                         const MatrixCoefficients& c) {
     const ptrdiff_t o = WithMirroredRows(
         c, [&](auto mirror) { return WideSteps<decltype(mirror)::value>(lines, out, from, to, c); });
-    if (o < to) MatrixLineSse2(lines, out, o, to, c);
+    RestSse2(lines, out, o, to, c);
 }
 
 #else
 
-void MatrixNarrowLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+void MatrixNarrowLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c, const MatrixNarrow&) {
-    MatrixLineSse2(lines, out, from, to, c);
+    RestSse2(lines, out, from, to, c);
 }
 
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
@@ -463,9 +467,9 @@ void MatrixSeparableLineAvx2(int16_t* const (&)[3], const uint8_t* const (&lines
     MatrixLineSse2(lines, out, 0, to, c);
 }
 
-void MatrixWideLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+void MatrixWideLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                         const MatrixCoefficients& c) {
-    MatrixLineSse2(lines, out, from, to, c);
+    RestSse2(lines, out, from, to, c);
 }
 
 #endif

@@ -125,7 +125,7 @@ struct Finish {
 // stopped. Loads 4 bytes before and after the step serve the first and the
 // second eight outputs of each 128-bit lane (see the AVX2 loop).
 template <MatrixFinish kFinish>
-ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+ptrdiff_t NarrowSteps(const MatrixSources& src, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                       const MatrixNarrow& n, bool normalize) {
     const __m512i leftRight = Broadcast(kLeftRight);
     __m512i sideWeights[3];
@@ -141,8 +141,7 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
     const __m512i bias = Start<kFinish>(n.chromaBias);
     const __m512i zero = _mm512_setzero_si512();
     const Finish<kFinish> finish(n, normalize);
-    ptrdiff_t o = from;
-    for (; o + 64 <= to; o += 64) {
+    return src.Steps(from, to, 64, [&](const uint8_t* const(&lines)[3], ptrdiff_t o) {
         _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
         // No sum leaves 16 bits: the narrow form bounds them all.
         __m512i lo = bias, hi = bias;
@@ -164,8 +163,7 @@ ptrdiff_t NarrowSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
             hi = _mm512_add_epi16(hi, _mm512_maddubs_epi16(_mm512_unpackhi_epi8(same, zero), middleCentre));
         }
         _mm512_storeu_si512(out + o, finish.Bytes(lo, hi));
-    }
-    return o;
+    });
 }
 
 // A line's sums across for one step of 64 bytes (see the AVX2 loop).
@@ -242,7 +240,7 @@ ptrdiff_t SeparableSteps(int16_t* const (&across)[3], const uint8_t* line, const
 
 }  // namespace
 
-void MatrixNarrowLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+void MatrixNarrowLineAvx512(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                             const MatrixCoefficients& c, const MatrixNarrow& narrow) {
     const bool normalize = c.normalize != 0;
     const MatrixFinish how = FinishOf(narrow, normalize);
@@ -282,16 +280,16 @@ void MatrixSeparableLineAvx512(int16_t* const (&across)[3], const uint8_t* const
         else
             return SeparableSteps<decltype(finish)::value>(across, lines[2], row, out, to, narrow, s, normalize);
     });
-    if (o < to) MatrixNarrowLineAvx2(lines, out, o, to, c, narrow);
+    if (o < to) MatrixNarrowLineAvx2(MatrixSources::Buffered(lines), out, o, to, c, narrow);
 }
 
 void MatrixLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                       const MatrixCoefficients& c) {
     MatrixNarrow narrow;
     if (SixteenBitMatrix(c, &narrow))
-        MatrixNarrowLineAvx512(lines, out, from, to, c, narrow);
+        MatrixNarrowLineAvx512(MatrixSources::Buffered(lines), out, from, to, c, narrow);
     else
-        MatrixWideLineAvx512(lines, out, from, to, c);
+        MatrixWideLineAvx512(MatrixSources::Buffered(lines), out, from, to, c);
 }
 
 namespace {
@@ -305,7 +303,7 @@ namespace {
 // line's, exactly in 16 bits (at most 510 in size), and the lanes take
 // three multiply-adds instead of five.
 template <int kMirror>
-ptrdiff_t WideSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+ptrdiff_t WideSteps(const MatrixSources& src, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c) {
     const __m512i leftCentreTaps = Broadcast(kWideLeftCentre);
     const __m512i rightTaps = Broadcast(kWideRight);
@@ -328,8 +326,7 @@ ptrdiff_t WideSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
     const auto fold = [](const __m512i& top, const __m512i& bottom) {
         return kMirror > 0 ? _mm512_add_epi16(top, bottom) : _mm512_sub_epi16(top, bottom);
     };
-    ptrdiff_t o = from;
-    for (; o + 64 <= to; o += 64) {
+    return src.Steps(from, to, 64, [&](const uint8_t* const(&lines)[3], ptrdiff_t o) {
         _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
         // Register p holds pairs p, p + 4, p + 8 and p + 12 (see the AVX2
         // loop).
@@ -362,13 +359,12 @@ ptrdiff_t WideSteps(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
             high = _mm512_min_epu16(high, cap);
         }
         _mm512_storeu_si512(out + o, _mm512_packus_epi16(low, high));
-    }
-    return o;
+    });
 }
 
 }  // namespace
 
-void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+void MatrixWideLineAvx512(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c) {
     const ptrdiff_t o = WithMirroredRows(
         c, [&](auto mirror) { return WideSteps<decltype(mirror)::value>(lines, out, from, to, c); });
@@ -386,12 +382,12 @@ void MatrixLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
     MatrixLineAvx2(lines, out, from, to, c);
 }
 
-void MatrixNarrowLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+void MatrixNarrowLineAvx512(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                             const MatrixCoefficients& c, const MatrixNarrow& narrow) {
     MatrixNarrowLineAvx2(lines, out, from, to, c, narrow);
 }
 
-void MatrixWideLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+void MatrixWideLineAvx512(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c) {
     MatrixWideLineAvx2(lines, out, from, to, c);
 }
