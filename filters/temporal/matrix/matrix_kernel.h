@@ -1,6 +1,7 @@
 // Matrix's convolution kernel over one field.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -78,8 +79,8 @@ struct MatrixSources {
     // buffers' before the frame's range, the frame's, the buffers' after.
     template <typename Span>
     void Spans(ptrdiff_t from, ptrdiff_t to, Span span) const {
-        const ptrdiff_t a = frameFrom < from ? from : (frameFrom > to ? to : frameFrom);
-        const ptrdiff_t b = frameTo < a ? a : (frameTo > to ? to : frameTo);
+        const ptrdiff_t a = std::clamp(frameFrom, from, to);
+        const ptrdiff_t b = std::clamp(frameTo, a, to);
         if (from < a) span(buffered, from, a);
         if (a < b) span(frame, a, b);
         if (b < to) span(buffered, b, to);
