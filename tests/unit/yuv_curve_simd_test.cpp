@@ -101,14 +101,26 @@ TEST(YuvCurveSimd, LineKernelMatchesScalarByteForByteAtEveryLevel) {
 }
 
 // Tables that reach every half of every table and both ends of the range.
+// Every fourth trial on, some of them are the identity: first U and V's
+// (a curve for luma alone), then Y's, then U's alone, then all three, which
+// kernels may pass through rather than look up; last, all three are the
+// identity but for one entry each, at an end or in the middle.
 void FillTables(int trial, std::mt19937& rng, uint8_t (&tables)[3][256]) {
+    constexpr bool kIdentity[5][3] = {{false, false, false}, {false, true, true}, {true, false, false},
+                                      {false, true, false}, {true, true, true}};
+    constexpr int kOddEntry[4] = {0, 128, 255, 127};
     for (int c = 0; c < 3; ++c)
         for (int x = 0; x < 256; ++x) {
-            switch (trial % 4) {
+            if (trial / 4 == 5) {
+                tables[c][x] = static_cast<uint8_t>(x == kOddEntry[(trial + c) % 4] ? x ^ 1 : x);
+                continue;
+            }
+            switch (kIdentity[trial / 4][c] ? 4 : trial % 4) {
                 case 0: tables[c][x] = static_cast<uint8_t>(rng()); break;
                 case 1: tables[c][x] = static_cast<uint8_t>(255 - x); break;  // each entry its own
                 case 2: tables[c][x] = rng() % 2 ? 255 : 0; break;
-                default: tables[c][x] = static_cast<uint8_t>(x * 7 + 50 * c); break;
+                case 3: tables[c][x] = static_cast<uint8_t>(x * 7 + 50 * c); break;
+                default: tables[c][x] = static_cast<uint8_t>(x); break;
             }
         }
 }
@@ -117,7 +129,7 @@ void CheckTableKernel(SimdLevel level) {
     const auto twin = level == SimdLevel::avx512 ? RenderCurveTablesAvx512 : RenderCurveTablesAvx2;
     std::mt19937 rng(77);
     uint8_t tables[3][256];
-    for (int trial = 0; trial < 8; ++trial) {
+    for (int trial = 0; trial < 24; ++trial) {
         FillTables(trial, rng, tables);
         for (int width = 2; width <= 130; ++width)
             for (int offset : {0, 1, 3}) {

@@ -12,7 +12,9 @@
 // seven blends on bits 4, 5 and 6 pick each byte's sixteenth. The table is
 // chosen by the 128-bit half, not by the byte, so every 64 bytes are first
 // sorted into a register of 32 Y bytes and one of 16 U bytes (low half) and
-// 16 V bytes (high half), and put back in order after. The last one to
+// 16 V bytes (high half), and put back in order after. A register whose
+// tables are all the identity (a curve edited for luma alone, or for colour
+// alone) is put back as it is, which halves the work. The last one to
 // fifteen pairs of every row go through the scalar tables.
 //
 // Every 64 bytes the same column of the field's next row is asked for.
@@ -69,9 +71,16 @@ alignas(32) constexpr int8_t kSort[32] = {0, 2, 4, 6, 8, 10, 12, 14, 1, 5, 9, 13
 alignas(32) constexpr int8_t kUnsort[32] = {0, 8, 1, 12, 2, 9, 3, 13, 4, 10, 5, 14, 6, 11, 7, 15,
                                             0, 8, 1, 12, 2, 9, 3, 13, 4, 10, 5, 14, 6, 11, 7, 15};
 
-}  // namespace
+bool IsIdentity(const uint8_t (&table)[256]) {
+    for (int x = 0; x < 256; ++x)
+        if (table[x] != x) return false;
+    return true;
+}
 
-void RenderCurveTablesAvx2(const FieldView& v, const uint8_t (&tables)[3][256]) {
+// kLuma, kChroma: whether the Y bytes, the U and V bytes, go through their
+// tables; those that do not are put back unchanged.
+template <bool kLuma, bool kChroma>
+void LookUpRuns(const FieldView& v, const uint8_t (&tables)[3][256]) {
     const ShuffleTables luma(tables[kCurveY], tables[kCurveY]);
     const ShuffleTables chroma(tables[kCurveU], tables[kCurveV]);
     const __m256i sort = _mm256_load_si256(reinterpret_cast<const __m256i*>(kSort));
@@ -85,15 +94,26 @@ void RenderCurveTablesAvx2(const FieldView& v, const uint8_t (&tables)[3][256]) 
         [&](const uint8_t* s, uint8_t* d) {
             const __m256i a = _mm256_shuffle_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s)), sort);
             const __m256i b = _mm256_shuffle_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(s + 32)), sort);
-            const __m256i y = LookUp(luma, _mm256_unpacklo_epi64(a, b));
-            const __m256i uv = _mm256_permutevar8x32_epi32(
-                LookUp(chroma, _mm256_permutevar8x32_epi32(_mm256_unpackhi_epi64(a, b), apart)), together);
+            __m256i y = _mm256_unpacklo_epi64(a, b);
+            __m256i uv = _mm256_unpackhi_epi64(a, b);
+            if constexpr (kLuma) y = LookUp(luma, y);
+            if constexpr (kChroma)
+                uv = _mm256_permutevar8x32_epi32(LookUp(chroma, _mm256_permutevar8x32_epi32(uv, apart)), together);
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(d),
                                 _mm256_shuffle_epi8(_mm256_unpacklo_epi64(y, uv), unsort));
             _mm256_storeu_si256(reinterpret_cast<__m256i*>(d + 32),
                                 _mm256_shuffle_epi8(_mm256_unpackhi_epi64(y, uv), unsort));
         },
         [&](const FieldView& rest) { RenderCurveTables(rest, tables); });
+}
+
+}  // namespace
+
+void RenderCurveTablesAvx2(const FieldView& v, const uint8_t (&tables)[3][256]) {
+    const bool luma = !IsIdentity(tables[kCurveY]);
+    const bool chroma = !IsIdentity(tables[kCurveU]) || !IsIdentity(tables[kCurveV]);
+    (luma ? (chroma ? LookUpRuns<true, true> : LookUpRuns<true, false>)
+          : (chroma ? LookUpRuns<false, true> : LookUpRuns<false, false>))(v, tables);
 }
 
 void RenderCurveLinesAvx2(const FieldView& v, const LineTerms (&terms)[3], bool limited) {
