@@ -168,11 +168,22 @@ std::shared_ptr<CurvePairTables> PairTablesOf(const YuvCurveRecord& r) {
     return t;
 }
 
-// Three points: a spline, so the tables rather than the line.
+// Three points: a spline, so the tables rather than the line. Luma alone,
+// the usual edit: U and V keep the identity.
 YuvCurveRecord Lifted3() {
     YuvCurveRecord r;
     r.points[0] = {{0, 16}, {128, 150}, {255, 235}};
     r.fixed.count[0] = 3;
+    RebuildTables(r);
+    return r;
+}
+
+// Three points on every curve, so no component keeps the identity.
+YuvCurveRecord Graded3() {
+    YuvCurveRecord r = Lifted3();
+    r.points[1] = {{0, 20}, {128, 118}, {255, 240}};
+    r.points[2] = {{0, 16}, {128, 140}, {255, 230}};
+    r.fixed.count[1] = r.fixed.count[2] = 3;
     RebuildTables(r);
     return r;
 }
@@ -224,9 +235,11 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
          }},
         {"YUV Curve",
          [s = TakeSnapshot(Lifted())](Frames&, FieldView& v, SimdLevel l) { RenderCurve(v, s, l); }},
-        // Per-byte tables: scalar below AVX-512, register permutes at it.
+        // Per-byte tables: scalar below AVX2, byte shuffles at it, register permutes at AVX-512.
         {"YUV Curve tables",
          [s = TakeSnapshot(Lifted3())](Frames&, FieldView& v, SimdLevel l) { RenderCurve(v, s, l); }},
+        {"YUV Curve three tables",
+         [s = TakeSnapshot(Graded3())](Frames&, FieldView& v, SimdLevel l) { RenderCurve(v, s, l); }},
         // As the filter renders a curve: the pair tables built once, when the curve was set.
         {"YUV Curve pairs",
          [t = PairTablesOf(Lifted3())](Frames&, FieldView& v, SimdLevel) { RenderCurvePairTables(v, *t); }},
@@ -242,8 +255,8 @@ std::vector<std::pair<std::string, Kernel>> Kernels() {
 // Kernels with a twin at the AVX-512 level; the others would only repeat
 // their AVX2 times there.
 bool HasAvx512Twin(const std::string& name) {
-    return name == "YUV Curve tables" || name == "Smooth Blur" || name == "Video Noise" || name.starts_with("Matrix") ||
-           name == "Anti Flicker";
+    return name == "YUV Curve tables" || name == "YUV Curve three tables" || name == "Smooth Blur" ||
+           name == "Video Noise" || name.starts_with("Matrix") || name == "Anti Flicker";
 }
 
 // Processor time of this (single-threaded) process, so the ratios hold up
