@@ -56,9 +56,12 @@ __attribute__((always_inline)) inline __m256i LookUp(const ShuffleTables& t, con
     __m256i part[8];
     for (int h = 0; h < 8; ++h)
         part[h] = _mm256_or_si256(_mm256_shuffle_epi8(Row(t, h), x), _mm256_shuffle_epi8(Row(t, h + 8), flipped));
-    // Bit b of each byte moved to its top bit (the 16-bit shift carries
-    // bits across bytes only below the top one) picks among the parts.
-    const __m256i bit4 = _mm256_slli_epi16(x, 3), bit5 = _mm256_slli_epi16(x, 2), bit6 = _mm256_slli_epi16(x, 1);
+    // Bit b of each byte moved to its top bit picks among the parts. Byte
+    // adds double each byte on its own, and unlike shifts they do not take
+    // the two ports the shuffles and blends need.
+    const __m256i bit6 = _mm256_add_epi8(x, x);
+    const __m256i bit5 = _mm256_add_epi8(bit6, bit6);
+    const __m256i bit4 = _mm256_add_epi8(bit5, bit5);
     for (int h = 0; h < 4; ++h) part[h] = _mm256_blendv_epi8(part[2 * h], part[2 * h + 1], bit4);
     for (int h = 0; h < 2; ++h) part[h] = _mm256_blendv_epi8(part[2 * h], part[2 * h + 1], bit5);
     return _mm256_blendv_epi8(part[0], part[1], bit6);
