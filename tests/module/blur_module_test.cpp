@@ -3,7 +3,6 @@
 // threads, and the statuses of empty and bad rectangles.
 #include <cmath>
 #include <cstring>
-#include <random>
 
 #include "../unit/recursive_blur_reference.h"
 #include "module_fixture.h"
@@ -52,11 +51,6 @@ std::vector<uint8_t> BlurBlob(const std::string& id, int32_t radius, uint32_t co
 }
 
 size_t PayloadAt(const std::string& id) { return 12 + 2 * id.size() + 4; }
-
-void Randomize(TestFrame& f, uint32_t seed) {
-    std::mt19937 rng(seed);
-    for (size_t i = 0; i < f.frame.Bytes(); ++i) f.frame.Pixels()[i] = static_cast<uint8_t>(rng());
-}
 
 TEST(BlurFilters, SavedSetHasTheDocumentedLayout) {
     auto m = LoadModule();
@@ -112,7 +106,7 @@ TEST(BlurFilters, RenderMatchesTheReferenceWithAndWithoutPreparation) {
                     for (const Rect& r : rects) {
                         for (int32_t field : {0, 1}) {
                             TestFrame src(50, 31), dst(50, 31, 0x5A);
-                            Randomize(src, radius * 7 + field);
+                            src.Randomise(radius * 7 + field);
                             std::vector<uint8_t> want = dst.Bytes();
                             ReferenceField(want, src.Bytes(), 50, r, field, static_cast<int32_t>(a), k.line);
                             ASSERT_EQ(inst->RenderField(dst.frame, src.frame, r, field), status::ok);
@@ -138,7 +132,7 @@ TEST(BlurFilters, FieldsOnTwoThreadsGiveTheSequentialResult) {
             }
             for (int round = 0; round < 4; ++round) {
                 TestFrame src(360, 240), one(360, 240, 1), two(360, 240, 2);
-                Randomize(src, 90 + round);
+                src.Randomise(90 + round);
                 ASSERT_EQ(inst->RenderFrame(one.frame, src.frame, 0, false), status::ok);
                 ASSERT_EQ(inst->RenderFrame(two.frame, src.frame, 0, true), status::ok);
                 ASSERT_EQ(one.Bytes(), two.Bytes()) << k.name << " round " << round;
@@ -167,7 +161,7 @@ TEST(BlurFilters, EmptyAndBadRectanglesWriteNothing) {
         };
         for (const Case& c : cases) {
             TestFrame src(8, 6), dst(8, 6, 0x77);
-            Randomize(src, 5);
+            src.Randomise(5);
             EXPECT_EQ(inst->RenderField(dst.frame, src.frame, c.r, c.field), c.want) << k.name;
             EXPECT_EQ(dst.Bytes(), TestFrame(8, 6, 0x77).Bytes()) << k.name;
         }

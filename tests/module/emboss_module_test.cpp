@@ -1,7 +1,5 @@
 // Emboss through the loaded module: its blob, values outside the controls'
 // ranges, empty and bad rectangles, and one frame as source and destination.
-#include <random>
-
 #include "module_fixture.h"
 #include "blob_builder.h"
 
@@ -12,11 +10,6 @@ const std::string kEmbossId = "Velmora Co., Ltd. Emboss Video Filter";
 
 std::vector<uint8_t> EmbossBlob(uint32_t direction, uint32_t depth, uint32_t version = 0x00020000) {
     return WordBlob(kEmbossId, {direction, depth}, version);
-}
-
-void Randomise(TestFrame& f, uint32_t seed) {
-    std::mt19937 rng(seed);
-    for (size_t i = 0; i < f.frame.Bytes(); ++i) f.frame.Pixels()[i] = static_cast<uint8_t>(rng());
 }
 
 TEST(EmbossModule, SavesTheDocumentedBlobAndReloadsIt) {
@@ -65,7 +58,7 @@ TEST(EmbossModule, ValuesOutsideTheRangesRenderAsTheNearestSafeOnes) {
     auto a = m->Create(emboss, &wild);
     auto b = m->Create(emboss, &last);
     TestFrame src(12, 10), da(12, 10), db(12, 10);
-    Randomise(src, 17);
+    src.Randomise(17);
     ASSERT_EQ(a->RenderFrame(da.frame, src.frame), status::ok);
     ASSERT_EQ(b->RenderFrame(db.frame, src.frame), status::ok);
     EXPECT_EQ(da.Bytes(), db.Bytes());
@@ -109,7 +102,7 @@ TEST(EmbossModule, OneFrameAsBothSourceAndDestinationGivesTheSameResult) {
         const std::vector<uint8_t> blob = EmbossBlob(dir, 2);
         auto inst = m->Create(*m->Find("Emboss"), &blob);
         TestFrame src(14, 10), separate(14, 10), same(14, 10);
-        Randomise(src, 50 + dir);
+        src.Randomise(50 + dir);
         std::copy_n(src.frame.Pixels(), src.frame.Bytes(), same.frame.Pixels());
         // Both fields one after the other: each field reads only its own rows.
         ASSERT_EQ(inst->RenderFrame(separate.frame, src.frame), status::ok);

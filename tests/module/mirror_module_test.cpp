@@ -1,7 +1,5 @@
 // Mirror through the loaded module: its blob, its answers to bad rectangles,
 // and one frame used as both source and destination.
-#include <random>
-
 #include "module_fixture.h"
 #include "blob_builder.h"
 
@@ -12,11 +10,6 @@ const std::string kMirrorId = "Velmora Co., Ltd. Mirror Video Filter";
 
 std::vector<uint8_t> MirrorBlob(uint32_t hor, uint32_t ver, uint32_t version = 0x00020000) {
     return WordBlob(kMirrorId, {hor, ver}, version);
-}
-
-void Randomise(TestFrame& f, uint32_t seed) {
-    std::mt19937 rng(seed);
-    for (size_t i = 0; i < f.frame.Bytes(); ++i) f.frame.Pixels()[i] = static_cast<uint8_t>(rng());
 }
 
 TEST(MirrorModule, SavesTheDocumentedBlobAndReloadsIt) {
@@ -65,7 +58,7 @@ TEST(MirrorModule, NonZeroWordsCountAsSet) {
     auto a = m->Create(*m->Find("Mirror"), &ones);
     auto b = m->Create(*m->Find("Mirror"), &others);
     TestFrame src(10, 8), da(10, 8), db(10, 8);
-    Randomise(src, 3);
+    src.Randomise(3);
     ASSERT_EQ(a->RenderFrame(da.frame, src.frame), status::ok);
     ASSERT_EQ(b->RenderFrame(db.frame, src.frame), status::ok);
     EXPECT_EQ(da.Bytes(), db.Bytes());
@@ -110,8 +103,8 @@ TEST(MirrorModule, OneFrameAsBothSourceAndDestinationGivesTheSameResult) {
         for (const Rect& r : rects) {
             for (int32_t field : {0, 1}) {
                 TestFrame src(14, 9), separate(14, 9), same(14, 9);
-                Randomise(src, 100 + flags);
-                Randomise(separate, 200 + flags);
+                src.Randomise(100 + flags);
+                separate.Randomise(200 + flags);
                 std::copy_n(src.frame.Pixels(), src.frame.Bytes(), same.frame.Pixels());
                 ASSERT_EQ(inst->RenderField(separate.frame, src.frame, r, field), status::ok);
                 ASSERT_EQ(inst->RenderField(same.frame, same.frame, r, field), status::ok);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <random>
 #include <string>
 
 #include "kit/host_kit.h"
@@ -22,6 +23,11 @@ struct TestFrame {
     TestFrame(int32_t w, int32_t h, uint8_t fill = 0) : frame(w, h) { std::fill_n(frame.Pixels(), frame.Bytes(), fill); }
     uint8_t* Row(int32_t y) { return frame.Pixels() + static_cast<size_t>(y) * frame.Width() * 2; }
     std::vector<uint8_t> Bytes() const { return {frame.Pixels(), frame.Pixels() + frame.Bytes()}; }
+    // Every byte drawn afresh, the same for the same seed.
+    void Randomise(uint32_t seed) {
+        std::mt19937 rng(seed);
+        for (size_t i = 0; i < frame.Bytes(); ++i) frame.Pixels()[i] = static_cast<uint8_t>(rng());
+    }
     host::Frame frame;
 };
 
