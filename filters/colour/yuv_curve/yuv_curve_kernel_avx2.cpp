@@ -57,8 +57,8 @@ __attribute__((always_inline)) inline __m256i LookUp(const ShuffleTables& t, con
     for (int h = 0; h < 8; ++h)
         part[h] = _mm256_or_si256(_mm256_shuffle_epi8(Row(t, h), x), _mm256_shuffle_epi8(Row(t, h + 8), flipped));
     // Bit b of each byte moved to its top bit picks among the parts. Byte
-    // adds double each byte on its own, and unlike shifts they do not take
-    // the two ports the shuffles and blends need.
+    // adds double each byte on its own; shifts would compete harder with the
+    // shuffles and blends for the same execution ports.
     const __m256i bit6 = _mm256_add_epi8(x, x);
     const __m256i bit5 = _mm256_add_epi8(bit6, bit6);
     const __m256i bit4 = _mm256_add_epi8(bit5, bit5);
