@@ -6,10 +6,10 @@
 // of each line puts its left and centre taps side by side as 16-bit halves
 // of the lane, so one multiply-add applies two coefficients; the top and
 // middle lines' right taps share a third, the bottom line's takes a fourth.
-// A bottom line that mirrors the top one is folded into it first. Luma and chroma share the
-// registers; the sums start at a per-lane bias that re-centres chroma, and
-// one arithmetic shift serves both, a negative luma sum being made white
-// after packing, as in the 16-bit loop.
+// A bottom line that mirrors the top one is folded into it first. Luma and
+// chroma share the registers; the sums start at a per-lane bias that
+// re-centres chroma, and one arithmetic shift serves both, a negative luma
+// sum being made white after packing, as in the 16-bit loop.
 // Kernels with a narrow, scaled or split form take a cheaper loop: bytes
 // times signed byte weights, two taps per product pair, summed in 16 bits,
 // then shifted or multiplied by the kernel's common factor (the split form
@@ -27,7 +27,8 @@ namespace {
 
 // The bytes [from, to) the AVX2 steps left, through the SSE2 line kernel.
 void RestSse2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to, const MatrixCoefficients& c) {
-    lines.Spans(from, to, [&](const uint8_t* const(&l)[3], ptrdiff_t a, ptrdiff_t b) { MatrixLineSse2(l, out, a, b, c); });
+    lines.Spans(from, to,
+                [&](const uint8_t* const(&l)[3], ptrdiff_t a, ptrdiff_t b) { MatrixLineSse2(l, out, a, b, c); });
 }
 
 }  // namespace
