@@ -1,11 +1,11 @@
 // AVX-512 (F, BW) twin of the noise kernel: the AVX2 arithmetic on sixteen
 // pairs per register, two registers per chain (32 pairs a stretch), so four
 // registers' multiplies are in flight in colour and two in grayscale. The
-// byte shuffles and the pack work inside 128-bit lanes as in the AVX2
-// version. A line's last pairs are loaded and stored under a byte mask,
-// which neither reads nor writes past the line. Helpers are forced inline:
-// 512-bit values are never passed to a call (the Windows stack is only
-// 16-byte aligned).
+// noise words come from one byte multiply-add as in the AVX2 version, and
+// the pack and the byte shuffle work inside 128-bit lanes as there. A
+// line's last pairs are loaded and stored under a byte mask, which neither
+// reads nor writes past the line. Helpers are forced inline: 512-bit values
+// are never passed to a call (the Windows stack is only 16-byte aligned).
 #include "video_noise_kernel.h"
 #include "video_noise_lanes.h"
 #include "zvf/row_prefetch.h"
@@ -20,8 +20,8 @@ namespace {
 
 struct Consts {
     __m512i weight;      // w in every word
-    __m512i noiseBytes;  // draw bytes 1 and 2 to the high bytes of its two words
-    __m512i signFlip;    // byte - 128 as a signed byte: flip the top bit
+    __m512i noiseBytes;  // per draw: bytes 1 and 2 times 4, bytes 0 and 3 times 0
+    __m512i signFlip;    // byte - 128 as a signed byte: flip the top bits of bytes 1 and 2
     __m512i lowBytes;
     __m512i interleave;  // [8 lumas, 8 chromas] per 128-bit lane back to Y0 Cb Y1 Cr
 };
@@ -32,8 +32,8 @@ ZVF_INLINE __m512i EveryLane(const int8_t (&b)[16]) {
 }
 
 ZVF_INLINE __m512i Offsets(const __m512i& draws, const Consts& k) {
-    const __m512i n256 = _mm512_xor_si512(_mm512_shuffle_epi8(draws, k.noiseBytes), k.signFlip);
-    return _mm512_srai_epi16(_mm512_mulhi_epi16(n256, k.weight), 6);
+    const __m512i n4 = _mm512_maddubs_epi16(k.noiseBytes, _mm512_xor_si512(draws, k.signFlip));
+    return _mm512_mulhi_epi16(n4, k.weight);
 }
 
 // Sixteen pairs, or the first `bytes` of them as a mask says.
@@ -63,12 +63,11 @@ void Run(const FieldView& v, int32_t w, uint32_t seed) {
     const NoiseChains chains(kGray, stream.Wide(), kLanes);
     const uint32_t n = static_cast<uint32_t>(v.pairs);
     const NoiseJump an = NoiseJumpBy(kMulA, kAddA, n), bn = NoiseJumpBy(kMulB, kAddB, n);
-    static constexpr int8_t kNoiseBytes[16] = {-1, 1, -1, 2, -1, 5, -1, 6, -1, 9, -1, 10, -1, 13, -1, 14};
     static constexpr int8_t kInterleave[16] = {0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15};
     Consts k;
     k.weight = _mm512_set1_epi16(static_cast<int16_t>(w));
-    k.noiseBytes = EveryLane(kNoiseBytes);
-    k.signFlip = _mm512_set1_epi16(static_cast<int16_t>(0x8000));
+    k.noiseBytes = _mm512_set1_epi32(0x00040400);
+    k.signFlip = _mm512_set1_epi32(0x00808000);
     k.lowBytes = _mm512_set1_epi16(0x00FF);
     k.interleave = EveryLane(kInterleave);
     const __m512i next1Mul = _mm512_set1_epi32(static_cast<int32_t>(chains.r1.next.mul));
