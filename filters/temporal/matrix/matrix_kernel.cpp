@@ -222,10 +222,7 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
     }
     const MatrixLineFn line = level >= SimdLevel::sse2 ? MatrixLineSse2 : MatrixLine;
     ConvolveLines(v, loader, slot, [&](const Slot(&s)[3], const uint8_t* const(&lines)[3], uint8_t* out, int32_t) {
-        const auto span = [&](const uint8_t* const(&l)[3], ptrdiff_t from, ptrdiff_t to) {
-            line(l, out, from, to, c);
-        };
-        SourcesOf(s, lines, bytes, fromFrame).Spans(0, bytes, span);
+        SourcesOf(s, lines, bytes, fromFrame).RunLine(line, out, 0, bytes, c);
     });
     return true;
 }

@@ -75,15 +75,15 @@ struct MatrixSources {
         return o;
     }
 
-    // Runs span(lines, a, b) over [from, to) in up to three spans, the
-    // buffers' before the frame's range, the frame's, the buffers' after.
-    template <typename Span>
-    void Spans(ptrdiff_t from, ptrdiff_t to, Span span) const {
+    // Runs a line kernel over [from, to) in up to three spans, on the
+    // buffers before the frame's range, on the frame in it, on the buffers
+    // after.
+    void RunLine(MatrixLineFn line, uint8_t* out, ptrdiff_t from, ptrdiff_t to, const MatrixCoefficients& c) const {
         const ptrdiff_t a = std::clamp(frameFrom, from, to);
         const ptrdiff_t b = std::clamp(frameTo, a, to);
-        if (from < a) span(buffered, from, a);
-        if (a < b) span(frame, a, b);
-        if (b < to) span(buffered, b, to);
+        if (from < a) line(buffered, out, from, a, c);
+        if (a < b) line(frame, out, a, b, c);
+        if (b < to) line(buffered, out, b, to, c);
     }
 };
 

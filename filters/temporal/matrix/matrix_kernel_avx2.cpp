@@ -23,16 +23,6 @@
 #endif
 
 namespace zvf::filters {
-namespace {
-
-// The bytes [from, to) the AVX2 steps left, through the SSE2 line kernel.
-void RestSse2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to, const MatrixCoefficients& c) {
-    lines.Spans(from, to,
-                [&](const uint8_t* const(&l)[3], ptrdiff_t a, ptrdiff_t b) { MatrixLineSse2(l, out, a, b, c); });
-}
-
-}  // namespace
-
 #if defined(__AVX2__)
 namespace {
 
@@ -324,7 +314,7 @@ void MatrixNarrowLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t fr
     const ptrdiff_t o = WithFinish(FinishOf(narrow, normalize), [&](auto finish) {
         return NarrowSteps<decltype(finish)::value>(lines, out, from, to, narrow, normalize);
     });
-    RestSse2(lines, out, o, to, c);
+    lines.RunLine(MatrixLineSse2, out, o, to, c);
 }
 
 void MatrixAcrossAvx2(const uint8_t* line, const uint8_t* row, int16_t* across, ptrdiff_t to,
@@ -444,14 +434,14 @@ void MatrixWideLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from
                         const MatrixCoefficients& c) {
     const ptrdiff_t o = WithMirroredRows(
         c, [&](auto mirror) { return WideSteps<decltype(mirror)::value>(lines, out, from, to, c); });
-    RestSse2(lines, out, o, to, c);
+    lines.RunLine(MatrixLineSse2, out, o, to, c);
 }
 
 #else
 
 void MatrixNarrowLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c, const MatrixNarrow&) {
-    RestSse2(lines, out, from, to, c);
+    lines.RunLine(MatrixLineSse2, out, from, to, c);
 }
 
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
@@ -470,7 +460,7 @@ void MatrixSeparableLineAvx2(int16_t* const (&)[3], const uint8_t* const (&lines
 
 void MatrixWideLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                         const MatrixCoefficients& c) {
-    RestSse2(lines, out, from, to, c);
+    lines.RunLine(MatrixLineSse2, out, from, to, c);
 }
 
 #endif
