@@ -104,16 +104,50 @@ void ConvolveLines(const FieldView& v, const LineLoader& loader, Slot (&slot)[3]
     }
 }
 
-// Where one output line's kernels read: the buffered lines, and with
-// `fromFrame` the lines' places in the frame for the whole 64-byte steps
-// between the buffered ends, where the kernels read the edge neighbours.
-// Those steps' reads (4 bytes on either side) stay inside the region, and
-// the buffered steps' reads within the kMatrixEnds bytes kept at each end.
-MatrixSources SourcesOf(const Slot (&s)[3], const uint8_t* const (&lines)[3], ptrdiff_t bytes, bool fromFrame) {
-    MatrixSources src = MatrixSources::Buffered(lines);
+// As ConvolveLines, two output lines at a time after the first, which
+// takes the same lines as the second: `pair` gets four slots and the two
+// output rows, `line` the first and an odd last line.
+template <typename Line, typename Pair>
+void ConvolveLinePairs(const FieldView& v, const LineLoader& loader, Slot (&slot)[4], Line line, Pair pair) {
+    const auto three = [&](int32_t j) {
+        const Slot s[3] = {slot[0], slot[1], slot[2]};
+        const uint8_t* const lines[3] = {s[0].bytes + kPad, s[1].bytes + kPad, s[2].bytes + kPad};
+        line(s, lines, v.dst + ptrdiff_t{j} * v.step);
+    };
+    for (int i = 0; i < 3; ++i) slot[i].row = loader.Load(slot[i].bytes, i);
+    three(0);
+    // Here the slots hold lines j - 1, j and j + 1.
+    for (int32_t j = 1; j < v.rows; j += 2) {
+        if (j + 1 == v.rows) {
+            three(j);
+            return;
+        }
+        slot[3].row = loader.Load(slot[3].bytes, j + 2);
+        const uint8_t* const lines[4] = {slot[0].bytes + kPad, slot[1].bytes + kPad, slot[2].bytes + kPad,
+                                         slot[3].bytes + kPad};
+        uint8_t* const out[2] = {v.dst + ptrdiff_t{j} * v.step, v.dst + ptrdiff_t{j + 1} * v.step};
+        pair(slot, lines, out);
+        // Two lines down: the last two lines move up, the next one not yet
+        // written (rows j and j + 1 are) loads behind them.
+        std::swap(slot[0], slot[2]);
+        std::swap(slot[1], slot[3]);
+        if (j + 2 < v.rows) slot[2].row = loader.Load(slot[2].bytes, j + 3);
+    }
+}
+
+// Where one output line's kernels read (or two lines', from four slots):
+// the buffered lines, and with `fromFrame` the lines' places in the frame
+// for the whole 64-byte steps between the buffered ends, where the kernels
+// read the edge neighbours. Those steps' reads (4 bytes on either side) stay
+// inside the region, and the buffered steps' reads within the kMatrixEnds
+// bytes kept at each end.
+template <int kLines>
+MatrixSourcesOf<kLines> SourcesOf(const Slot (&s)[kLines], const uint8_t* const (&lines)[kLines], ptrdiff_t bytes,
+                                  bool fromFrame) {
+    auto src = MatrixSourcesOf<kLines>::Buffered(lines);
     if (!fromFrame || 2 * kMatrixEnds >= bytes) return src;
     constexpr ptrdiff_t kHead = 64;
-    for (int r = 0; r < 3; ++r) src.frame[r] = s[r].row;
+    for (int r = 0; r < kLines; ++r) src.frame[r] = s[r].row;
     src.frameFrom = kHead;
     src.frameTo = kHead + (bytes - 4 - kHead) / 64 * 64;
     return src;
@@ -176,19 +210,36 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
     // line is buffered whole (the scalar kernel always buffers, as the
     // reference the others are checked against).
     const bool fromFrame = level >= SimdLevel::sse2 && !SourceOverlapsDestination(v);
-    // The sums across, one 16-bit word per byte, after the three lines.
+    // The sums across, one 16-bit word per byte, after the lines.
     const ptrdiff_t acrossBytes = separate ? 2 * bytes : 0;
-    std::unique_ptr<uint8_t[]> scratch(new (std::nothrow) uint8_t[static_cast<size_t>(3 * (lineSize + acrossBytes))]);
+    // The 32-bit path at AVX-512 (which the split form takes there too)
+    // takes output lines in pairs, from four lines.
+    const bool pairs = level >= SimdLevel::avx512 && (!sixteen || narrow.split);
+    const int slots = pairs ? 4 : 3;
+    std::unique_ptr<uint8_t[]> scratch(
+        new (std::nothrow) uint8_t[static_cast<size_t>(slots * lineSize + 3 * acrossBytes)]);
     if (!scratch) return false;
 
     const ptrdiff_t rowStart = ptrdiff_t{v.left} * kBytesPerPixel;
     const LineLoader loader{v, bytes, ptrdiff_t{v.pitch} - rowStart - bytes, (v.height - 1 - v.firstRow) / 2,
                             separate || fromFrame ? kMatrixEnds : bytes};
-    Slot slot[3];
-    for (int i = 0; i < 3; ++i) {
-        slot[i].bytes = scratch.get() + i * lineSize;
-        slot[i].across = reinterpret_cast<int16_t*>(scratch.get() + 3 * lineSize + i * acrossBytes);
+    // Four slots for the paired path, the first three for the others.
+    Slot quad[4];
+    for (int i = 0; i < slots; ++i) {
+        quad[i].bytes = scratch.get() + i * lineSize;
+        quad[i].across = reinterpret_cast<int16_t*>(scratch.get() + slots * lineSize + i * acrossBytes);
     }
+    if (pairs) {
+        const auto line = [&](const Slot(&s)[3], const uint8_t* const(&lines)[3], uint8_t* out) {
+            MatrixWideLineAvx512(SourcesOf(s, lines, bytes, fromFrame), out, 0, bytes, c);
+        };
+        const auto pair = [&](const Slot(&s)[4], const uint8_t* const(&lines)[4], uint8_t* const(&out)[2]) {
+            MatrixWidePairAvx512(SourcesOf(s, lines, bytes, fromFrame), out, 0, bytes, c);
+        };
+        ConvolveLinePairs(v, loader, quad, line, pair);
+        return true;
+    }
+    Slot slot[3] = {quad[0], quad[1], quad[2]};
     const bool avx512 = level >= SimdLevel::avx512;
     if (separate) {
         const auto across = avx512 ? MatrixAcrossAvx512 : MatrixAcrossAvx2;

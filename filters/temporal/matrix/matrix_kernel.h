@@ -46,20 +46,34 @@ void MatrixLineSse2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
                     const MatrixCoefficients& c);
 void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                     const MatrixCoefficients& c);
-// Where a field's SIMD line kernels read the three lines of an output line:
-// the buffered ones, and for the whole steps inside [frameFrom, frameTo)
-// the lines' places in the frame, which hold every byte of the region
-// (each step reads 4 bytes on either side). Both bounds are whole steps of
-// every level from the line's start; the kernels' `from` is too.
-struct MatrixSources {
-    const uint8_t* buffered[3] = {};
-    const uint8_t* frame[3] = {};
+// Where a field's SIMD line kernels read the three lines of an output line
+// (above, same, below), or the four of two output lines, one below the
+// other: the buffered ones, and for the whole steps inside [frameFrom,
+// frameTo) the lines' places in the frame, which hold every byte of the
+// region (each step reads 4 bytes on either side). Both bounds are whole
+// steps of every level from the line's start; the kernels' `from` is too.
+template <int kLines>
+struct MatrixSourcesOf {
+    const uint8_t* buffered[kLines] = {};
+    const uint8_t* frame[kLines] = {};
     ptrdiff_t frameFrom = 0, frameTo = 0;
 
     // The buffered lines only.
-    static MatrixSources Buffered(const uint8_t* const (&lines)[3]) {
-        MatrixSources s;
-        for (int r = 0; r < 3; ++r) s.buffered[r] = s.frame[r] = lines[r];
+    static MatrixSourcesOf Buffered(const uint8_t* const (&lines)[kLines]) {
+        MatrixSourcesOf s;
+        for (int r = 0; r < kLines; ++r) s.buffered[r] = s.frame[r] = lines[r];
+        return s;
+    }
+
+    // The three lines from `first` on: one output line's of a pair's.
+    MatrixSourcesOf<3> Three(int first) const {
+        MatrixSourcesOf<3> s;
+        for (int r = 0; r < 3; ++r) {
+            s.buffered[r] = buffered[first + r];
+            s.frame[r] = frame[first + r];
+        }
+        s.frameFrom = frameFrom;
+        s.frameTo = frameTo;
         return s;
     }
 
@@ -78,7 +92,9 @@ struct MatrixSources {
     // Runs a line kernel over [from, to) in up to three spans, on the
     // buffers before the frame's range, on the frame in it, on the buffers
     // after.
-    void RunLine(MatrixLineFn line, uint8_t* out, ptrdiff_t from, ptrdiff_t to, const MatrixCoefficients& c) const {
+    void RunLine(MatrixLineFn line, uint8_t* out, ptrdiff_t from, ptrdiff_t to, const MatrixCoefficients& c) const
+        requires(kLines == 3)
+    {
         const ptrdiff_t a = std::clamp(frameFrom, from, to);
         const ptrdiff_t b = std::clamp(frameTo, a, to);
         if (from < a) line(buffered, out, from, a, c);
@@ -86,6 +102,8 @@ struct MatrixSources {
         if (b < to) line(buffered, out, b, to, c);
     }
 };
+using MatrixSources = MatrixSourcesOf<3>;
+using MatrixPairSources = MatrixSourcesOf<4>;
 
 // MatrixLineAvx2's two paths, for callers that work out once per field
 // which one a kernel takes: the 16-bit one for a kernel with a narrow form,
@@ -101,6 +119,11 @@ void MatrixLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
 void MatrixNarrowLineAvx512(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                             const MatrixCoefficients& c, const MatrixNarrow& narrow);
 void MatrixWideLineAvx512(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                          const MatrixCoefficients& c);
+// Two output lines of the 32-bit path at once: out[0] from lines 0 to 2,
+// out[1] (the line below) from lines 1 to 3. The two middle lines' shuffles
+// serve both outputs.
+void MatrixWidePairAvx512(const MatrixPairSources& lines, uint8_t* const (&out)[2], ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c);
 
 // Separable kernels (SeparateMatrix), whose lines' sums across are shared

@@ -2,7 +2,9 @@
 // sixteen pairs (64 output bytes) per step, both the 16-bit loop of kernels
 // with a narrow form and the 32-bit one of the others, whose multiply-adds
 // accumulate in one instruction, and the separable kernels' sums across and
-// down; the shorter rest goes to the AVX2 loops.
+// down; the shorter rest goes to the AVX2 loops. The 32-bit loop also runs
+// two output lines at once, sharing the middle lines' loads and shuffles,
+// which bound it.
 // Every shuffle, unpack and pack works inside 128-bit lanes, each holding
 // four whole pairs, exactly as in the AVX2 loops, so the bytes come out in
 // order (the 32-bit loop's one two-window permute takes each lane's bytes
@@ -294,62 +296,76 @@ void MatrixLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t 
 
 namespace {
 
-// Whole steps of 64 output bytes of the 32-bit loop; returns where it
-// stopped. Each output's lane takes its taps as 16-bit pairs, two per fused
-// multiply-add: (left, centre) of each line, then the right taps of the top
-// and middle lines together, picked from both windows by one permute, and
-// the bottom line's alone. With mirrored top and bottom lines (kMirror +1
-// or -1) the bottom line's taps are first added to or taken from the top
-// line's, exactly in 16 bits (at most 510 in size), and the lanes take
-// three multiply-adds instead of five.
+// The 32-bit loop's taps, coefficients and finish. Each output's lane
+// takes its taps as 16-bit pairs, two per fused multiply-add: (left, centre)
+// of each line, then the right taps of the top and middle lines together,
+// picked from both windows by one permute, and the bottom line's alone. With
+// mirrored top and bottom lines (kMirror +1 or -1) the bottom line's taps
+// are first added to or taken from the top line's, exactly in 16 bits (at
+// most 510 in size), and the lanes take three multiply-adds instead of five.
 template <int kMirror>
-ptrdiff_t WideSteps(const MatrixSources& src, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
-                    const MatrixCoefficients& c) {
-    const __m512i leftCentreTaps = Broadcast(kWideLeftCentre);
-    const __m512i rightTaps = Broadcast(kWideRight);
-    const __m512i leftCentreTapsLate = Broadcast(kWideLeftCentre + 16);
-    const __m512i rightTapsLate = Broadcast(kWideRight + 16);
-    const __m512i rightPair = RightPairIndices(false), rightPairLate = RightPairIndices(true);
-    __m512i leftCentre[3];
-    for (int r = 0; r < 3; ++r) {
-        const auto c0 = static_cast<uint16_t>(c.rows[r][0]);
-        const auto c1 = static_cast<uint16_t>(c.rows[r][1]);
-        leftCentre[r] = _mm512_set1_epi32(static_cast<int32_t>((uint32_t{c1} << 16) | c0));
-    }
-    const __m512i bottomRight = _mm512_set1_epi32(static_cast<uint16_t>(c.rows[2][2]));
-    const __m512i topMiddleRight = _mm512_set1_epi32(static_cast<int32_t>(
-        (uint32_t{static_cast<uint16_t>(c.rows[1][2])} << 16) | static_cast<uint16_t>(c.rows[0][2])));
-    const bool normalize = c.normalize != 0;
-    const auto chromaStart = static_cast<uint32_t>(WideChromaStart(c));
-    const __m512i bias = _mm512_set1_epi64(static_cast<int64_t>(uint64_t{chromaStart} << 32));
-    const __m512i cap = _mm512_set1_epi32(static_cast<int32_t>(0xFFFF00FFu));
-    const auto fold = [](const __m512i& top, const __m512i& bottom) {
-        return kMirror > 0 ? _mm512_add_epi16(top, bottom) : _mm512_sub_epi16(top, bottom);
-    };
-    return src.Steps(from, to, 64, [&](const uint8_t* const(&lines)[3], ptrdiff_t o) {
-        _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
-        // Register p holds pairs p, p + 4, p + 8 and p + 12 (see the AVX2
-        // loop).
-        __m512i sums[4] = {bias, bias, bias, bias};
-        for (int p = 0; p < 4; ++p) {
-            __m512i w[3], lc[3];
-            for (int r = 0; r < 3; ++r) {
-                w[r] = Load(lines[r] + o + 4 * p - (p == 0 ? 4 : 8));
-                lc[r] = _mm512_shuffle_epi8(w[r], p == 0 ? leftCentreTaps : leftCentreTapsLate);
-            }
-            const __m512i rt01 =
-                _mm512_maskz_permutex2var_epi8(kEvenBytes, w[0], p == 0 ? rightPair : rightPairLate, w[1]);
-            const __m512i rt2 = _mm512_shuffle_epi8(w[2], p == 0 ? rightTaps : rightTapsLate);
-            if constexpr (kMirror != 0) {
-                sums[p] = _mm512_dpwssd_epi32(sums[p], fold(lc[0], lc[2]), leftCentre[0]);
-                sums[p] = _mm512_dpwssd_epi32(sums[p], lc[1], leftCentre[1]);
-                sums[p] = _mm512_dpwssd_epi32(sums[p], fold(rt01, rt2), topMiddleRight);
-            } else {
-                for (int r = 0; r < 3; ++r) sums[p] = _mm512_dpwssd_epi32(sums[p], lc[r], leftCentre[r]);
-                sums[p] = _mm512_dpwssd_epi32(sums[p], rt01, topMiddleRight);
-                sums[p] = _mm512_dpwssd_epi32(sums[p], rt2, bottomRight);
-            }
+struct WideKernel {
+    __m512i leftCentreTaps[2], rightTaps[2], rightPair[2];  // [0]: the first pair's window, [1]: the others'
+    __m512i leftCentre[3], topMiddleRight, bottomRight, bias, cap;
+    bool normalize;
+
+    explicit WideKernel(const MatrixCoefficients& c) : normalize(c.normalize != 0) {
+        for (int late = 0; late < 2; ++late) {
+            leftCentreTaps[late] = Broadcast(kWideLeftCentre + 16 * late);
+            rightTaps[late] = Broadcast(kWideRight + 16 * late);
+            rightPair[late] = RightPairIndices(late != 0);
         }
+        for (int r = 0; r < 3; ++r) {
+            const auto c0 = static_cast<uint16_t>(c.rows[r][0]);
+            const auto c1 = static_cast<uint16_t>(c.rows[r][1]);
+            leftCentre[r] = _mm512_set1_epi32(static_cast<int32_t>((uint32_t{c1} << 16) | c0));
+        }
+        bottomRight = _mm512_set1_epi32(static_cast<uint16_t>(c.rows[2][2]));
+        topMiddleRight = _mm512_set1_epi32(static_cast<int32_t>(
+            (uint32_t{static_cast<uint16_t>(c.rows[1][2])} << 16) | static_cast<uint16_t>(c.rows[0][2])));
+        const auto chromaStart = static_cast<uint32_t>(WideChromaStart(c));
+        bias = _mm512_set1_epi64(static_cast<int64_t>(uint64_t{chromaStart} << 32));
+        cap = _mm512_set1_epi32(static_cast<int32_t>(0xFFFF00FFu));
+    }
+
+    // Pair p's window (4 bytes before the step for the first, 8 before the
+    // pair for the others) of a line at o.
+    __attribute__((always_inline)) static inline __m512i Window(const uint8_t* line, ptrdiff_t o, int p) {
+        return Load(line + o + 4 * p - (p == 0 ? 4 : 8));
+    }
+
+    __attribute__((always_inline)) inline __m512i LeftCentre(const __m512i& window, int p) const {
+        return _mm512_shuffle_epi8(window, leftCentreTaps[p != 0]);
+    }
+
+    // One register's sums: the lines' (left, centre) taps and windows, top
+    // to bottom.
+    __attribute__((always_inline)) inline __m512i Sums(const __m512i& top, const __m512i& middle,
+                                                       const __m512i& bottom, const __m512i (&windows)[3],
+                                                       int p) const {
+        const __m512i rt01 = _mm512_maskz_permutex2var_epi8(kEvenBytes, windows[0], rightPair[p != 0], windows[1]);
+        const __m512i rt2 = _mm512_shuffle_epi8(windows[2], rightTaps[p != 0]);
+        __m512i sums = bias;
+        if constexpr (kMirror != 0) {
+            const auto fold = [](const __m512i& a, const __m512i& b) {
+                return kMirror > 0 ? _mm512_add_epi16(a, b) : _mm512_sub_epi16(a, b);
+            };
+            sums = _mm512_dpwssd_epi32(sums, fold(top, bottom), leftCentre[0]);
+            sums = _mm512_dpwssd_epi32(sums, middle, leftCentre[1]);
+            sums = _mm512_dpwssd_epi32(sums, fold(rt01, rt2), topMiddleRight);
+        } else {
+            sums = _mm512_dpwssd_epi32(sums, top, leftCentre[0]);
+            sums = _mm512_dpwssd_epi32(sums, middle, leftCentre[1]);
+            sums = _mm512_dpwssd_epi32(sums, bottom, leftCentre[2]);
+            sums = _mm512_dpwssd_epi32(sums, rt01, topMiddleRight);
+            sums = _mm512_dpwssd_epi32(sums, rt2, bottomRight);
+        }
+        return sums;
+    }
+
+    // Register p holds pairs p, p + 4, p + 8 and p + 12 (see the AVX2 loop);
+    // the packs put them back in order.
+    __attribute__((always_inline)) inline __m512i Bytes(__m512i (&sums)[4]) const {
         if (normalize)
             for (__m512i& v : sums) v = _mm512_srai_epi32(v, 12);
         __m512i low = _mm512_packs_epi32(sums[0], sums[1]);
@@ -358,7 +374,52 @@ ptrdiff_t WideSteps(const MatrixSources& src, uint8_t* out, ptrdiff_t from, ptrd
             low = _mm512_min_epu16(low, cap);
             high = _mm512_min_epu16(high, cap);
         }
-        _mm512_storeu_si512(out + o, _mm512_packus_epi16(low, high));
+        return _mm512_packus_epi16(low, high);
+    }
+};
+
+// Whole steps of 64 output bytes of the 32-bit loop; returns where it
+// stopped.
+template <int kMirror>
+ptrdiff_t WideSteps(const MatrixSources& src, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                    const MatrixCoefficients& c) {
+    const WideKernel<kMirror> k(c);
+    return src.Steps(from, to, 64, [&](const uint8_t* const(&lines)[3], ptrdiff_t o) {
+        _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
+        __m512i sums[4];
+        for (int p = 0; p < 4; ++p) {
+            __m512i w[3];
+            for (int r = 0; r < 3; ++r) w[r] = k.Window(lines[r], o, p);
+            sums[p] = k.Sums(k.LeftCentre(w[0], p), k.LeftCentre(w[1], p), k.LeftCentre(w[2], p), w, p);
+        }
+        _mm512_storeu_si512(out + o, k.Bytes(sums));
+    });
+}
+
+// Whole steps of two output lines at once, the second one line lower: each
+// of the four lines is loaded and shuffled once for both, so a step of 2 x 64
+// bytes takes 24 byte shuffles where two single steps take 32 (and 8
+// permutes either way); the shuffles bound the loop.
+template <int kMirror>
+ptrdiff_t WidePairSteps(const MatrixPairSources& src, uint8_t* const (&out)[2], ptrdiff_t from, ptrdiff_t to,
+                        const MatrixCoefficients& c) {
+    const WideKernel<kMirror> k(c);
+    return src.Steps(from, to, 64, [&](const uint8_t* const(&lines)[4], ptrdiff_t o) {
+        // Both lower lines are new to this pair of output lines.
+        _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
+        _mm_prefetch(reinterpret_cast<const char*>(lines[3] + o + kAhead), _MM_HINT_T0);
+        __m512i upper[4], lower[4];
+        for (int p = 0; p < 4; ++p) {
+            __m512i w[4], lc[4];
+            for (int r = 0; r < 4; ++r) {
+                w[r] = k.Window(lines[r], o, p);
+                lc[r] = k.LeftCentre(w[r], p);
+            }
+            upper[p] = k.Sums(lc[0], lc[1], lc[2], {w[0], w[1], w[2]}, p);
+            lower[p] = k.Sums(lc[1], lc[2], lc[3], {w[1], w[2], w[3]}, p);
+        }
+        _mm512_storeu_si512(out[0] + o, k.Bytes(upper));
+        _mm512_storeu_si512(out[1] + o, k.Bytes(lower));
     });
 }
 
@@ -369,6 +430,14 @@ void MatrixWideLineAvx512(const MatrixSources& lines, uint8_t* out, ptrdiff_t fr
     const ptrdiff_t o = WithMirroredRows(
         c, [&](auto mirror) { return WideSteps<decltype(mirror)::value>(lines, out, from, to, c); });
     if (o < to) MatrixWideLineAvx2(lines, out, o, to, c);
+}
+
+void MatrixWidePairAvx512(const MatrixPairSources& lines, uint8_t* const (&out)[2], ptrdiff_t from, ptrdiff_t to,
+                          const MatrixCoefficients& c) {
+    const ptrdiff_t o = WithMirroredRows(
+        c, [&](auto mirror) { return WidePairSteps<decltype(mirror)::value>(lines, out, from, to, c); });
+    if (o < to)
+        for (int i = 0; i < 2; ++i) MatrixWideLineAvx2(lines.Three(i), out[i], o, to, c);
 }
 
 }  // namespace zvf::filters
@@ -390,6 +459,11 @@ void MatrixNarrowLineAvx512(const MatrixSources& lines, uint8_t* out, ptrdiff_t 
 void MatrixWideLineAvx512(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c) {
     MatrixWideLineAvx2(lines, out, from, to, c);
+}
+
+void MatrixWidePairAvx512(const MatrixPairSources& lines, uint8_t* const (&out)[2], ptrdiff_t from, ptrdiff_t to,
+                          const MatrixCoefficients& c) {
+    for (int i = 0; i < 2; ++i) MatrixWideLineAvx2(lines.Three(i), out[i], from, to, c);
 }
 
 void MatrixAcrossAvx512(const uint8_t* line, const uint8_t* row, int16_t* across, ptrdiff_t to,
