@@ -212,9 +212,10 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
     const bool fromFrame = level >= SimdLevel::sse2 && !SourceOverlapsDestination(v);
     // The sums across, one 16-bit word per byte, after the lines.
     const ptrdiff_t acrossBytes = separate ? 2 * bytes : 0;
-    // The 32-bit path at AVX-512 (which the split form takes there too)
-    // takes output lines in pairs, from four lines.
-    const bool pairs = level >= SimdLevel::avx512 && (!sixteen || narrow.split);
+    // The 32-bit path (which the split form takes at AVX-512 too) takes
+    // output lines in pairs, from four lines.
+    const bool avx512 = level >= SimdLevel::avx512;
+    const bool pairs = level >= SimdLevel::avx2 && (!sixteen || (avx512 && narrow.split));
     const int slots = pairs ? 4 : 3;
     std::unique_ptr<uint8_t[]> scratch(
         new (std::nothrow) uint8_t[static_cast<size_t>(slots * lineSize + 3 * acrossBytes)]);
@@ -230,17 +231,18 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
         quad[i].across = reinterpret_cast<int16_t*>(scratch.get() + slots * lineSize + i * acrossBytes);
     }
     if (pairs) {
+        const auto wideLine = avx512 ? MatrixWideLineAvx512 : MatrixWideLineAvx2;
+        const auto widePair = avx512 ? MatrixWidePairAvx512 : MatrixWidePairAvx2;
         const auto line = [&](const Slot(&s)[3], const uint8_t* const(&lines)[3], uint8_t* out) {
-            MatrixWideLineAvx512(SourcesOf(s, lines, bytes, fromFrame), out, 0, bytes, c);
+            wideLine(SourcesOf(s, lines, bytes, fromFrame), out, 0, bytes, c);
         };
         const auto pair = [&](const Slot(&s)[4], const uint8_t* const(&lines)[4], uint8_t* const(&out)[2]) {
-            MatrixWidePairAvx512(SourcesOf(s, lines, bytes, fromFrame), out, 0, bytes, c);
+            widePair(SourcesOf(s, lines, bytes, fromFrame), out, 0, bytes, c);
         };
         ConvolveLinePairs(v, loader, quad, line, pair);
         return true;
     }
     Slot slot[3] = {quad[0], quad[1], quad[2]};
-    const bool avx512 = level >= SimdLevel::avx512;
     if (separate) {
         const auto across = avx512 ? MatrixAcrossAvx512 : MatrixAcrossAvx2;
         const auto separableLine = avx512 ? MatrixSeparableLineAvx512 : MatrixSeparableLineAvx2;
@@ -261,13 +263,6 @@ bool ConvolveMatrixField(const FieldView& v, const MatrixCoefficients& c, SimdLe
         const auto line = avx512 ? MatrixNarrowLineAvx512 : MatrixNarrowLineAvx2;
         ConvolveLines(v, loader, slot, [&](const Slot(&s)[3], const uint8_t* const(&lines)[3], uint8_t* out, int32_t) {
             line(SourcesOf(s, lines, bytes, fromFrame), out, 0, bytes, c, narrow);
-        });
-        return true;
-    }
-    if (level >= SimdLevel::avx2) {
-        const auto line = avx512 ? MatrixWideLineAvx512 : MatrixWideLineAvx2;
-        ConvolveLines(v, loader, slot, [&](const Slot(&s)[3], const uint8_t* const(&lines)[3], uint8_t* out, int32_t) {
-            line(SourcesOf(s, lines, bytes, fromFrame), out, 0, bytes, c);
         });
         return true;
     }

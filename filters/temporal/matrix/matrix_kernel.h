@@ -112,6 +112,11 @@ void MatrixNarrowLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t fr
                           const MatrixCoefficients& c, const MatrixNarrow& narrow);
 void MatrixWideLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                         const MatrixCoefficients& c);
+// Two output lines of the 32-bit path at once: out[0] from lines 0 to 2,
+// out[1] (the line below) from lines 1 to 3. The two middle lines' shuffles
+// serve both outputs.
+void MatrixWidePairAvx2(const MatrixPairSources& lines, uint8_t* const (&out)[2], ptrdiff_t from, ptrdiff_t to,
+                        const MatrixCoefficients& c);
 // The same three at AVX-512 (BW) on x86-64, 64 output bytes per step;
 // elsewhere the AVX2 ones.
 void MatrixLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
@@ -120,9 +125,6 @@ void MatrixNarrowLineAvx512(const MatrixSources& lines, uint8_t* out, ptrdiff_t 
                             const MatrixCoefficients& c, const MatrixNarrow& narrow);
 void MatrixWideLineAvx512(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c);
-// Two output lines of the 32-bit path at once: out[0] from lines 0 to 2,
-// out[1] (the line below) from lines 1 to 3. The two middle lines' shuffles
-// serve both outputs.
 void MatrixWidePairAvx512(const MatrixPairSources& lines, uint8_t* const (&out)[2], ptrdiff_t from, ptrdiff_t to,
                           const MatrixCoefficients& c);
 

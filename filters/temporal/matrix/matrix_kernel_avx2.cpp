@@ -352,68 +352,89 @@ void MatrixLineAvx2(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t fr
 
 namespace {
 
-// Whole steps of 32 output bytes of the 32-bit loop; returns where it
-// stopped. Each output's lane takes its taps as 16-bit pairs, one
-// multiply-add per pair: (left, centre) of each line, then the top and
-// middle lines' right taps together (the middle's shuffled into the upper
-// halves), and the bottom line's alone. With mirrored top and bottom lines
-// (kMirror +1 or -1) the bottom line's taps are first added to or taken
-// from the top line's, exactly in 16 bits (at most 510 in size), and three
-// multiply-adds take what five did.
+// The 32-bit loop's taps, coefficients and finish. Each output's lane takes
+// its taps as 16-bit pairs, one multiply-add per pair: (left, centre) of
+// each line, then the top and middle lines' right taps together (the
+// middle's in the upper halves), and the bottom line's alone. With mirrored
+// top and bottom lines (kMirror +1 or -1) the bottom line's taps are first
+// added to or taken from the top line's, exactly in 16 bits (at most 510 in
+// size), and three multiply-adds take what five did.
 template <int kMirror>
-ptrdiff_t WideSteps(const MatrixSources& src, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
-                    const MatrixCoefficients& c) {
-    const __m256i leftCentreTaps = Load(reinterpret_cast<const uint8_t*>(kWideLeftCentre));
-    const __m256i rightTaps = Load(reinterpret_cast<const uint8_t*>(kWideRight));
-    const __m256i rightHighTaps = Load(reinterpret_cast<const uint8_t*>(kWideRightHigh));
-    const __m256i leftCentreTapsLate = Load(reinterpret_cast<const uint8_t*>(kWideLeftCentre + 32));
-    const __m256i rightTapsLate = Load(reinterpret_cast<const uint8_t*>(kWideRight + 32));
-    const __m256i rightHighTapsLate = Load(reinterpret_cast<const uint8_t*>(kWideRightHigh + 32));
-    __m256i leftCentre[3];
-    for (int r = 0; r < 3; ++r) {
-        const auto c0 = static_cast<uint16_t>(c.rows[r][0]);
-        const auto c1 = static_cast<uint16_t>(c.rows[r][1]);
-        leftCentre[r] = _mm256_set1_epi32(static_cast<int32_t>((uint32_t{c1} << 16) | c0));
-    }
-    const __m256i bottomRight = _mm256_set1_epi32(static_cast<uint16_t>(c.rows[2][2]));
-    const __m256i topMiddleRight = _mm256_set1_epi32(static_cast<int32_t>(
-        (uint32_t{static_cast<uint16_t>(c.rows[1][2])} << 16) | static_cast<uint16_t>(c.rows[0][2])));
-    const bool normalize = c.normalize != 0;
-    const auto chromaStart = static_cast<uint32_t>(WideChromaStart(c));
-    const __m256i bias = _mm256_set1_epi64x(static_cast<int64_t>(uint64_t{chromaStart} << 32));
-    const __m256i cap = _mm256_set1_epi32(static_cast<int32_t>(0xFFFF00FFu));
-    const auto fold = [](const __m256i& top, const __m256i& bottom) {
-        return kMirror > 0 ? _mm256_add_epi16(top, bottom) : _mm256_sub_epi16(top, bottom);
-    };
-    const auto madd = [](__m256i& sum, const __m256i& taps, const __m256i& weights) {
-        sum = _mm256_add_epi32(sum, _mm256_madd_epi16(taps, weights));
-    };
-    return src.Steps(from, to, 32, [&](const uint8_t* const(&lines)[3], ptrdiff_t o) {
-        _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
-        // Register p holds pairs p and p + 4 of the step, one output per
-        // lane; the first loads 4 bytes before its pair, the others 8, so
-        // that no load leaves the buffered line's edge bytes.
-        __m256i sums[4] = {bias, bias, bias, bias};
-        for (int p = 0; p < 4; ++p) {
-            const bool late = p != 0;
-            __m256i w[3], lc[3];
-            for (int r = 0; r < 3; ++r) {
-                w[r] = Load(lines[r] + o + 4 * p - (late ? 8 : 4));
-                lc[r] = _mm256_shuffle_epi8(w[r], late ? leftCentreTapsLate : leftCentreTaps);
-            }
-            const __m256i rt0 = _mm256_shuffle_epi8(w[0], late ? rightTapsLate : rightTaps);
-            const __m256i rt1 = _mm256_shuffle_epi8(w[1], late ? rightHighTapsLate : rightHighTaps);
-            const __m256i rt2 = _mm256_shuffle_epi8(w[2], late ? rightTapsLate : rightTaps);
-            if constexpr (kMirror != 0) {
-                madd(sums[p], fold(lc[0], lc[2]), leftCentre[0]);
-                madd(sums[p], lc[1], leftCentre[1]);
-                madd(sums[p], _mm256_or_si256(fold(rt0, rt2), rt1), topMiddleRight);
-            } else {
-                for (int r = 0; r < 3; ++r) madd(sums[p], lc[r], leftCentre[r]);
-                madd(sums[p], _mm256_or_si256(rt0, rt1), topMiddleRight);
-                madd(sums[p], rt2, bottomRight);
-            }
+struct WideKernel {
+    // [0]: the first pair's window, 4 bytes before it; [1]: the others', 8.
+    __m256i leftCentreTaps[2], rightTaps[2], rightHighTaps[2];
+    __m256i leftCentre[3], topMiddleRight, bottomRight, bias, cap;
+    bool normalize;
+
+    explicit WideKernel(const MatrixCoefficients& c) : normalize(c.normalize != 0) {
+        for (int late = 0; late < 2; ++late) {
+            leftCentreTaps[late] = Load(reinterpret_cast<const uint8_t*>(kWideLeftCentre + 32 * late));
+            rightTaps[late] = Load(reinterpret_cast<const uint8_t*>(kWideRight + 32 * late));
+            rightHighTaps[late] = Load(reinterpret_cast<const uint8_t*>(kWideRightHigh + 32 * late));
         }
+        for (int r = 0; r < 3; ++r) {
+            const auto c0 = static_cast<uint16_t>(c.rows[r][0]);
+            const auto c1 = static_cast<uint16_t>(c.rows[r][1]);
+            leftCentre[r] = _mm256_set1_epi32(static_cast<int32_t>((uint32_t{c1} << 16) | c0));
+        }
+        bottomRight = _mm256_set1_epi32(static_cast<uint16_t>(c.rows[2][2]));
+        topMiddleRight = _mm256_set1_epi32(static_cast<int32_t>(
+            (uint32_t{static_cast<uint16_t>(c.rows[1][2])} << 16) | static_cast<uint16_t>(c.rows[0][2])));
+        const auto chromaStart = static_cast<uint32_t>(WideChromaStart(c));
+        bias = _mm256_set1_epi64x(static_cast<int64_t>(uint64_t{chromaStart} << 32));
+        cap = _mm256_set1_epi32(static_cast<int32_t>(0xFFFF00FFu));
+    }
+
+    // Register p holds pairs p and p + 4 of the step, one output per lane;
+    // the first loads 4 bytes before its pair, the others 8, so that no load
+    // leaves the buffered line's edge bytes.
+    __attribute__((always_inline)) static inline __m256i Window(const uint8_t* line, ptrdiff_t o, int p) {
+        return Load(line + o + 4 * p - (p != 0 ? 8 : 4));
+    }
+
+    __attribute__((always_inline)) inline __m256i LeftCentre(const __m256i& window, int p) const {
+        return _mm256_shuffle_epi8(window, leftCentreTaps[p != 0]);
+    }
+
+    // A line's right taps in the lower 16-bit halves of the lanes.
+    __attribute__((always_inline)) inline __m256i Right(const __m256i& window, int p) const {
+        return _mm256_shuffle_epi8(window, rightTaps[p != 0]);
+    }
+
+    // A line's right taps in the upper halves.
+    __attribute__((always_inline)) inline __m256i RightHigh(const __m256i& window, int p) const {
+        return _mm256_shuffle_epi8(window, rightHighTaps[p != 0]);
+    }
+
+    // One register's sums from the three lines' (left, centre) taps, the
+    // top and bottom lines' right taps and the middle line's in the upper
+    // halves.
+    __attribute__((always_inline)) inline __m256i Sums(const __m256i& top, const __m256i& middle,
+                                                       const __m256i& bottom, const __m256i& topRight,
+                                                       const __m256i& middleRightHigh,
+                                                       const __m256i& bottomRight_) const {
+        __m256i sums = bias;
+        const auto madd = [&sums](const __m256i& taps, const __m256i& weights) {
+            sums = _mm256_add_epi32(sums, _mm256_madd_epi16(taps, weights));
+        };
+        if constexpr (kMirror != 0) {
+            const auto fold = [](const __m256i& a, const __m256i& b) {
+                return kMirror > 0 ? _mm256_add_epi16(a, b) : _mm256_sub_epi16(a, b);
+            };
+            madd(fold(top, bottom), leftCentre[0]);
+            madd(middle, leftCentre[1]);
+            madd(_mm256_or_si256(fold(topRight, bottomRight_), middleRightHigh), topMiddleRight);
+        } else {
+            madd(top, leftCentre[0]);
+            madd(middle, leftCentre[1]);
+            madd(bottom, leftCentre[2]);
+            madd(_mm256_or_si256(topRight, middleRightHigh), topMiddleRight);
+            madd(bottomRight_, bottomRight);
+        }
+        return sums;
+    }
+
+    __attribute__((always_inline)) inline __m256i Bytes(__m256i (&sums)[4]) const {
         if (normalize)
             for (__m256i& v : sums) v = _mm256_srai_epi32(v, 12);
         __m256i low = _mm256_packs_epi32(sums[0], sums[1]);   // pairs 0, 1 | 4, 5
@@ -424,7 +445,54 @@ ptrdiff_t WideSteps(const MatrixSources& src, uint8_t* out, ptrdiff_t from, ptrd
             low = _mm256_min_epu16(low, cap);
             high = _mm256_min_epu16(high, cap);
         }
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), _mm256_packus_epi16(low, high));
+        return _mm256_packus_epi16(low, high);
+    }
+};
+
+// Whole steps of 32 output bytes of the 32-bit loop; returns where it
+// stopped.
+template <int kMirror>
+ptrdiff_t WideSteps(const MatrixSources& src, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
+                    const MatrixCoefficients& c) {
+    const WideKernel<kMirror> k(c);
+    return src.Steps(from, to, 32, [&](const uint8_t* const(&lines)[3], ptrdiff_t o) {
+        _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
+        __m256i sums[4];
+        for (int p = 0; p < 4; ++p) {
+            __m256i w[3];
+            for (int r = 0; r < 3; ++r) w[r] = k.Window(lines[r], o, p);
+            sums[p] = k.Sums(k.LeftCentre(w[0], p), k.LeftCentre(w[1], p), k.LeftCentre(w[2], p), k.Right(w[0], p),
+                             k.RightHigh(w[1], p), k.Right(w[2], p));
+        }
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), k.Bytes(sums));
+    });
+}
+
+// Whole steps of two output lines at once, the second one line lower: each
+// of the four lines is loaded and shuffled once for both, and the middle
+// lines' right taps are moved to the upper halves by a shift, so a step of
+// 2 x 32 bytes takes 32 byte shuffles where two single steps take 48.
+template <int kMirror>
+ptrdiff_t WidePairSteps(const MatrixPairSources& src, uint8_t* const (&out)[2], ptrdiff_t from, ptrdiff_t to,
+                        const MatrixCoefficients& c) {
+    const WideKernel<kMirror> k(c);
+    return src.Steps(from, to, 32, [&](const uint8_t* const(&lines)[4], ptrdiff_t o) {
+        // Both lower lines are new to this pair of output lines.
+        _mm_prefetch(reinterpret_cast<const char*>(lines[2] + o + kAhead), _MM_HINT_T0);
+        _mm_prefetch(reinterpret_cast<const char*>(lines[3] + o + kAhead), _MM_HINT_T0);
+        __m256i upper[4], lower[4];
+        for (int p = 0; p < 4; ++p) {
+            __m256i lc[4], rt[4];
+            for (int r = 0; r < 4; ++r) {
+                const __m256i w = k.Window(lines[r], o, p);
+                lc[r] = k.LeftCentre(w, p);
+                rt[r] = k.Right(w, p);
+            }
+            upper[p] = k.Sums(lc[0], lc[1], lc[2], rt[0], _mm256_slli_epi32(rt[1], 16), rt[2]);
+            lower[p] = k.Sums(lc[1], lc[2], lc[3], rt[1], _mm256_slli_epi32(rt[2], 16), rt[3]);
+        }
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out[0] + o), k.Bytes(upper));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out[1] + o), k.Bytes(lower));
     });
 }
 
@@ -435,6 +503,13 @@ void MatrixWideLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from
     const ptrdiff_t o = WithMirroredRows(
         c, [&](auto mirror) { return WideSteps<decltype(mirror)::value>(lines, out, from, to, c); });
     lines.RunLine(MatrixLineSse2, out, o, to, c);
+}
+
+void MatrixWidePairAvx2(const MatrixPairSources& lines, uint8_t* const (&out)[2], ptrdiff_t from, ptrdiff_t to,
+                        const MatrixCoefficients& c) {
+    const ptrdiff_t o = WithMirroredRows(
+        c, [&](auto mirror) { return WidePairSteps<decltype(mirror)::value>(lines, out, from, to, c); });
+    for (int i = 0; i < 2; ++i) lines.Three(i).RunLine(MatrixLineSse2, out[i], o, to, c);
 }
 
 #else
@@ -461,6 +536,11 @@ void MatrixSeparableLineAvx2(int16_t* const (&)[3], const uint8_t* const (&lines
 void MatrixWideLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                         const MatrixCoefficients& c) {
     lines.RunLine(MatrixLineSse2, out, from, to, c);
+}
+
+void MatrixWidePairAvx2(const MatrixPairSources& lines, uint8_t* const (&out)[2], ptrdiff_t from, ptrdiff_t to,
+                        const MatrixCoefficients& c) {
+    for (int i = 0; i < 2; ++i) lines.Three(i).RunLine(MatrixLineSse2, out[i], from, to, c);
 }
 
 #endif
