@@ -4,8 +4,9 @@
 // dialog's range to extreme 16-bit values and kernels on either side of the
 // narrow form's bound (weights totalling 128 and 129, scaled by powers of
 // two), the scaled and split forms, kernels whose bottom line mirrors the top
-// one, guard bytes around the output; and whole fields at every level, at the
-// frame's right edge and in place.
+// one, guard bytes around the output; the two-line entry points of the 32-bit
+// loops; and whole fields at every level, at the frame's right edge and in
+// place.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -328,6 +329,54 @@ MatrixCoefficients SeparableKernel(std::mt19937& rng, int variant) {
     for (int r = 0; r < 3; ++r)
         for (int k = 0; k < 3; ++k) c.rows[r][k] = static_cast<int16_t>(down[r] * across[k] * factor);
     return c;
+}
+
+// The 32-bit loops' two-line entry points against two scalar lines: every
+// kind of kernel (the 32-bit loops take any), the same runs of pairs and
+// offsets as above, both outputs guarded.
+TEST(MatrixSimd, PairsOfLinesMatchTwoScalarLines) {
+    using PairFn = void (*)(const MatrixPairSources&, uint8_t* const (&)[2], ptrdiff_t, ptrdiff_t,
+                            const MatrixCoefficients&);
+    struct PairLevel {
+        SimdLevel level;
+        PairFn pair;
+    };
+    const SimdLevel best = LevelFromFeatures(host::DetectProcessorFeatures());
+    std::vector<PairLevel> levels;
+    if (best >= SimdLevel::avx2) levels.push_back({SimdLevel::avx2, MatrixWidePairAvx2});
+    if (best >= SimdLevel::avx512) levels.push_back({SimdLevel::avx512, MatrixWidePairAvx512});
+    if (levels.empty()) GTEST_SKIP() << "no AVX2 on this processor";
+    std::mt19937 rng(4242);
+    for (const PairLevel& level : levels) {
+        for (ptrdiff_t pairs = 1; pairs <= 65; ++pairs) {
+            for (ptrdiff_t first : {0, 1, 3}) {
+                for (int kind = 0; kind < kKinds; ++kind) {
+                    const int fill = static_cast<int>((pairs + kind) % 4);
+                    const ptrdiff_t from = 4 * first, to = from + 4 * pairs;
+                    std::vector<uint8_t> data[4];
+                    for (std::vector<uint8_t>& d : data) {
+                        d.resize(static_cast<size_t>(to + 8));
+                        for (size_t i = 0; i < d.size(); ++i) d[i] = Sample(rng, fill, i);
+                    }
+                    const uint8_t* const view[4] = {data[0].data() + 4, data[1].data() + 4, data[2].data() + 4,
+                                                    data[3].data() + 4};
+                    const MatrixCoefficients c = Coefficients(rng, kind);
+                    std::vector<uint8_t> want[2], got[2];
+                    for (int i = 0; i < 2; ++i) {
+                        want[i].assign(static_cast<size_t>(to + 2 * kGuard), kGuardByte);
+                        got[i] = want[i];
+                        const uint8_t* const three[3] = {view[i], view[i + 1], view[i + 2]};
+                        MatrixLine(three, want[i].data() + kGuard, from, to, c);
+                    }
+                    uint8_t* const out[2] = {got[0].data() + kGuard, got[1].data() + kGuard};
+                    level.pair(MatrixPairSources::Buffered(view), out, from, to, c);
+                    for (int i = 0; i < 2; ++i)
+                        ASSERT_EQ(want[i], got[i]) << SimdLevelName(level.level) << " line " << i << " pairs " << pairs
+                                                   << " first " << first << " kind " << kind;
+                }
+            }
+        }
+    }
 }
 
 // Whole fields of one kernel at one level against the scalar kernel, at the
