@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "kit/frame.h"
@@ -187,6 +188,41 @@ uint8_t Sample(std::mt19937& rng, int fill, size_t i) {
     }
 }
 
+// Lines of one fill for the line kernels, each with its 4 edge bytes either
+// side of [0, to).
+template <int kCount>
+struct Lines {
+    std::vector<uint8_t> data[kCount];
+    const uint8_t* view[kCount];
+
+    Lines(std::mt19937& rng, int fill, ptrdiff_t to) {
+        for (int r = 0; r < kCount; ++r) {
+            data[r].resize(static_cast<size_t>(to + 8));
+            for (size_t i = 0; i < data[r].size(); ++i) data[r][i] = Sample(rng, fill, i);
+            view[r] = data[r].data() + 4;
+        }
+    }
+};
+
+// Runs test(lines, from, to, c, where) on every run of 1 to 65 pairs from
+// pair 0, 1 or 3, with every kind of kernel, until a test fails.
+template <int kCount, class Test>
+void ForEachLineCase(std::mt19937& rng, Test test) {
+    for (ptrdiff_t pairs = 1; pairs <= 65; ++pairs) {
+        for (ptrdiff_t first : {0, 1, 3}) {
+            for (int kind = 0; kind < kKinds; ++kind) {
+                const ptrdiff_t from = 4 * first, to = from + 4 * pairs;
+                const Lines<kCount> lines(rng, static_cast<int>((pairs + kind) % 4), to);
+                const MatrixCoefficients c = Coefficients(rng, kind);
+                test(lines.view, from, to, c,
+                     " pairs " + std::to_string(pairs) + " first " + std::to_string(first) + " kind " +
+                         std::to_string(kind));
+                if (::testing::Test::HasFatalFailure()) return;
+            }
+        }
+    }
+}
+
 // Which kernels the 32-bit loops fold: the bottom line equal to the top one
 // or its negation, whole lines only; -32768 has no negation in 16 bits.
 TEST(MatrixSimd, MirroredRowsAreWholeLinesEqualOrNegated) {
@@ -219,31 +255,16 @@ TEST(MatrixSimd, LineByteIdenticalToScalarWithGuardsUntouched) {
     const std::vector<Level> levels = Levels();
     if (levels.empty()) GTEST_SKIP() << "no SIMD level on this processor";
     for (const Level& level : levels) {
-        for (ptrdiff_t pairs = 1; pairs <= 65; ++pairs) {
-            for (ptrdiff_t first : {0, 1, 3}) {
-                for (int kind = 0; kind < kKinds; ++kind) {
-                    const int fill = static_cast<int>((pairs + kind) % 4);
-                    const ptrdiff_t from = 4 * first, to = from + 4 * pairs;
-                    // Each line: its 4 edge bytes either side of [from, to).
-                    std::vector<uint8_t> data[3];
-                    for (std::vector<uint8_t>& d : data) {
-                        d.resize(static_cast<size_t>(to + 8));
-                        for (size_t i = 0; i < d.size(); ++i) d[i] = Sample(rng, fill, i);
-                    }
-                    const uint8_t* const view[3] = {data[0].data() + 4, data[1].data() + 4, data[2].data() + 4};
-                    const MatrixCoefficients c = Coefficients(rng, kind);
-                    std::vector<uint8_t> want(static_cast<size_t>(to + 2 * kGuard), kGuardByte);
-                    std::vector<uint8_t> got = want;
-                    MatrixLine(view, want.data() + kGuard, from, to, c);
-                    level.line(view, got.data() + kGuard, from, to, c);
-                    ASSERT_EQ(want, got) << SimdLevelName(level.level) << " pairs " << pairs << " first " << first
-                                         << " kind " << kind;
-                    for (ptrdiff_t i = 0; i < kGuard + from; ++i) ASSERT_EQ(got[static_cast<size_t>(i)], kGuardByte);
-                    for (size_t i = static_cast<size_t>(kGuard + to); i < got.size(); ++i)
-                        ASSERT_EQ(got[i], kGuardByte);
-                }
-            }
-        }
+        ForEachLineCase<3>(rng, [&](const uint8_t* const(&view)[3], ptrdiff_t from, ptrdiff_t to,
+                                    const MatrixCoefficients& c, const std::string& where) {
+            std::vector<uint8_t> want(static_cast<size_t>(to + 2 * kGuard), kGuardByte);
+            std::vector<uint8_t> got = want;
+            MatrixLine(view, want.data() + kGuard, from, to, c);
+            level.line(view, got.data() + kGuard, from, to, c);
+            ASSERT_EQ(want, got) << SimdLevelName(level.level) << where;
+            for (ptrdiff_t i = 0; i < kGuard + from; ++i) ASSERT_EQ(got[static_cast<size_t>(i)], kGuardByte);
+            for (size_t i = static_cast<size_t>(kGuard + to); i < got.size(); ++i) ASSERT_EQ(got[i], kGuardByte);
+        });
     }
 }
 
@@ -348,34 +369,19 @@ TEST(MatrixSimd, PairsOfLinesMatchTwoScalarLines) {
     if (levels.empty()) GTEST_SKIP() << "no AVX2 on this processor";
     std::mt19937 rng(4242);
     for (const PairLevel& level : levels) {
-        for (ptrdiff_t pairs = 1; pairs <= 65; ++pairs) {
-            for (ptrdiff_t first : {0, 1, 3}) {
-                for (int kind = 0; kind < kKinds; ++kind) {
-                    const int fill = static_cast<int>((pairs + kind) % 4);
-                    const ptrdiff_t from = 4 * first, to = from + 4 * pairs;
-                    std::vector<uint8_t> data[4];
-                    for (std::vector<uint8_t>& d : data) {
-                        d.resize(static_cast<size_t>(to + 8));
-                        for (size_t i = 0; i < d.size(); ++i) d[i] = Sample(rng, fill, i);
-                    }
-                    const uint8_t* const view[4] = {data[0].data() + 4, data[1].data() + 4, data[2].data() + 4,
-                                                    data[3].data() + 4};
-                    const MatrixCoefficients c = Coefficients(rng, kind);
-                    std::vector<uint8_t> want[2], got[2];
-                    for (int i = 0; i < 2; ++i) {
-                        want[i].assign(static_cast<size_t>(to + 2 * kGuard), kGuardByte);
-                        got[i] = want[i];
-                        const uint8_t* const three[3] = {view[i], view[i + 1], view[i + 2]};
-                        MatrixLine(three, want[i].data() + kGuard, from, to, c);
-                    }
-                    uint8_t* const out[2] = {got[0].data() + kGuard, got[1].data() + kGuard};
-                    level.pair(MatrixPairSources::Buffered(view), out, from, to, c);
-                    for (int i = 0; i < 2; ++i)
-                        ASSERT_EQ(want[i], got[i]) << SimdLevelName(level.level) << " line " << i << " pairs " << pairs
-                                                   << " first " << first << " kind " << kind;
-                }
+        ForEachLineCase<4>(rng, [&](const uint8_t* const(&view)[4], ptrdiff_t from, ptrdiff_t to,
+                                    const MatrixCoefficients& c, const std::string& where) {
+            std::vector<uint8_t> want[2], got[2];
+            for (int i = 0; i < 2; ++i) {
+                want[i].assign(static_cast<size_t>(to + 2 * kGuard), kGuardByte);
+                got[i] = want[i];
+                const uint8_t* const three[3] = {view[i], view[i + 1], view[i + 2]};
+                MatrixLine(three, want[i].data() + kGuard, from, to, c);
             }
-        }
+            uint8_t* const out[2] = {got[0].data() + kGuard, got[1].data() + kGuard};
+            level.pair(MatrixPairSources::Buffered(view), out, from, to, c);
+            for (int i = 0; i < 2; ++i) ASSERT_EQ(want[i], got[i]) << SimdLevelName(level.level) << " line " << i << where;
+        });
     }
 }
 

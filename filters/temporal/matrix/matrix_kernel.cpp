@@ -166,10 +166,19 @@ void MatrixLine(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, 
     }
 }
 
-int32_t WideChromaStart(const MatrixCoefficients& c) {
+MatrixWideWords WideWordsOf(const MatrixCoefficients& c) {
+    const auto halves = [](int16_t low, int16_t high) {
+        return (uint32_t{static_cast<uint16_t>(high)} << 16) | static_cast<uint16_t>(low);
+    };
+    MatrixWideWords w;
+    for (int r = 0; r < 3; ++r) w.leftCentre[r] = halves(c.rows[r][0], c.rows[r][1]);
+    w.topMiddleRight = halves(c.rows[0][2], c.rows[1][2]);
+    w.bottomRight = halves(c.rows[2][2], 0);
     int32_t total = 0;
     for (const auto& row : c.rows) total += row[0] + row[1] + row[2];
-    return -128 * total + (c.normalize != 0 ? 128 << 12 : 128);
+    const int32_t chroma = -128 * total + (c.normalize != 0 ? 128 << 12 : 128);
+    w.start = uint64_t{static_cast<uint32_t>(chroma)} << 32;
+    return w;
 }
 
 int MatrixMirroredRows(const MatrixCoefficients& c) {

@@ -152,11 +152,21 @@ void MatrixSeparableLineAvx512(int16_t* const (&across)[3], const uint8_t* const
                                uint8_t* out, ptrdiff_t to, const MatrixCoefficients& c, const MatrixNarrow& narrow,
                                const MatrixSeparable& s);
 
-// Where the SIMD 32-bit loops start each chroma sum: -128 times the
-// coefficients' total re-centres the samples, the same integer as the sum
-// of centred products; 128 re-centres the result, shifted up by 12 when
-// normalising so that the arithmetic shift adds it exactly.
-int32_t WideChromaStart(const MatrixCoefficients& c);
+// The SIMD 32-bit loops' constants, each for every 32-bit lane (or pair of
+// lanes): two coefficients as the lane's 16-bit halves, low half first, for
+// one multiply-add of two taps.
+struct MatrixWideWords {
+    uint32_t leftCentre[3];   // each line's (left, centre)
+    uint32_t topMiddleRight;  // (top line's right, middle line's right)
+    uint32_t bottomRight;     // (bottom line's right, 0)
+    // Where the sums start: 0 in a luma lane (the lower of a pair), and in a
+    // chroma lane -128 times the coefficients' total, which re-centres the
+    // samples (the same integer as the sum of centred products), plus 128,
+    // which re-centres the result, shifted up by 12 when normalising so that
+    // the arithmetic shift adds it exactly.
+    uint64_t start;
+};
+MatrixWideWords WideWordsOf(const MatrixCoefficients& c);
 
 // How the bottom line's coefficients follow the top line's, for the SIMD
 // 32-bit loops, which then fold the two lines' taps before multiplying: +1

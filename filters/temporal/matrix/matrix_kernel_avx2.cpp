@@ -372,16 +372,11 @@ struct WideKernel {
             rightTaps[late] = Load(reinterpret_cast<const uint8_t*>(kWideRight + 32 * late));
             rightHighTaps[late] = Load(reinterpret_cast<const uint8_t*>(kWideRightHigh + 32 * late));
         }
-        for (int r = 0; r < 3; ++r) {
-            const auto c0 = static_cast<uint16_t>(c.rows[r][0]);
-            const auto c1 = static_cast<uint16_t>(c.rows[r][1]);
-            leftCentre[r] = _mm256_set1_epi32(static_cast<int32_t>((uint32_t{c1} << 16) | c0));
-        }
-        bottomRight = _mm256_set1_epi32(static_cast<uint16_t>(c.rows[2][2]));
-        topMiddleRight = _mm256_set1_epi32(static_cast<int32_t>(
-            (uint32_t{static_cast<uint16_t>(c.rows[1][2])} << 16) | static_cast<uint16_t>(c.rows[0][2])));
-        const auto chromaStart = static_cast<uint32_t>(WideChromaStart(c));
-        bias = _mm256_set1_epi64x(static_cast<int64_t>(uint64_t{chromaStart} << 32));
+        const MatrixWideWords words = WideWordsOf(c);
+        for (int r = 0; r < 3; ++r) leftCentre[r] = _mm256_set1_epi32(static_cast<int32_t>(words.leftCentre[r]));
+        topMiddleRight = _mm256_set1_epi32(static_cast<int32_t>(words.topMiddleRight));
+        bottomRight = _mm256_set1_epi32(static_cast<int32_t>(words.bottomRight));
+        bias = _mm256_set1_epi64x(static_cast<int64_t>(words.start));
         cap = _mm256_set1_epi32(static_cast<int32_t>(0xFFFF00FFu));
     }
 
