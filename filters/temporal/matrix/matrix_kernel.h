@@ -65,7 +65,8 @@ struct MatrixSourcesOf {
         return s;
     }
 
-    // The three lines from `first` on: one output line's of a pair's.
+    // The three lines of one of a pair's output lines: `first` 0 for the
+    // upper, 1 for the lower.
     MatrixSourcesOf<3> Three(int first) const {
         MatrixSourcesOf<3> s;
         for (int r = 0; r < 3; ++r) {
@@ -117,8 +118,8 @@ void MatrixWideLineAvx2(const MatrixSources& lines, uint8_t* out, ptrdiff_t from
 // serve both outputs.
 void MatrixWidePairAvx2(const MatrixPairSources& lines, uint8_t* const (&out)[2], ptrdiff_t from, ptrdiff_t to,
                         const MatrixCoefficients& c);
-// The same three at AVX-512 (BW) on x86-64, 64 output bytes per step;
-// elsewhere the AVX2 ones.
+// The same at AVX-512 (BW) on x86-64, 64 output bytes per step; elsewhere
+// the AVX2 ones.
 void MatrixLineAvx512(const uint8_t* const (&lines)[3], uint8_t* out, ptrdiff_t from, ptrdiff_t to,
                       const MatrixCoefficients& c);
 void MatrixNarrowLineAvx512(const MatrixSources& lines, uint8_t* out, ptrdiff_t from, ptrdiff_t to,
