@@ -59,14 +59,6 @@ alignas(32) constexpr int8_t kWideRight[64] = {
     10, -1, -1, -1, 13, -1, -1, -1, 12, -1, -1, -1, 15, -1, -1, -1,  // 8 bytes before
     10, -1, -1, -1, 13, -1, -1, -1, 12, -1, -1, -1, 15, -1, -1, -1};
 
-// kWideRight with the tap in the upper 16-bit half of each lane, for the
-// middle line, whose right taps then share the top line's lanes.
-alignas(32) constexpr int8_t kWideRightHigh[64] = {
-    -1, -1, 6,  -1, -1, -1, 9,  -1, -1, -1, 8,  -1, -1, -1, 11, -1,  // window 4 bytes before the pair
-    -1, -1, 6,  -1, -1, -1, 9,  -1, -1, -1, 8,  -1, -1, -1, 11, -1,
-    -1, -1, 10, -1, -1, -1, 13, -1, -1, -1, 12, -1, -1, -1, 15, -1,  // 8 bytes before
-    -1, -1, 10, -1, -1, -1, 13, -1, -1, -1, 12, -1, -1, -1, 15, -1};
-
 __attribute__((always_inline)) inline __m256i Pair(int32_t first, int32_t second) {
     const auto low = static_cast<uint16_t>(static_cast<uint8_t>(first));
     const auto high = static_cast<uint16_t>(static_cast<uint8_t>(second) << 8);
@@ -362,7 +354,7 @@ namespace {
 template <int kMirror>
 struct WideKernel {
     // [0]: the first pair's window, 4 bytes before it; [1]: the others', 8.
-    __m256i leftCentreTaps[2], rightTaps[2], rightHighTaps[2];
+    __m256i leftCentreTaps[2], rightTaps[2];
     __m256i leftCentre[3], topMiddleRight, bottomRight, bias, cap;
     bool normalize;
 
@@ -370,7 +362,6 @@ struct WideKernel {
         for (int late = 0; late < 2; ++late) {
             leftCentreTaps[late] = Load(reinterpret_cast<const uint8_t*>(kWideLeftCentre + 32 * late));
             rightTaps[late] = Load(reinterpret_cast<const uint8_t*>(kWideRight + 32 * late));
-            rightHighTaps[late] = Load(reinterpret_cast<const uint8_t*>(kWideRightHigh + 32 * late));
         }
         const MatrixWideWords words = WideWordsOf(c);
         for (int r = 0; r < 3; ++r) leftCentre[r] = _mm256_set1_epi32(static_cast<int32_t>(words.leftCentre[r]));
@@ -396,18 +387,14 @@ struct WideKernel {
         return _mm256_shuffle_epi8(window, rightTaps[p != 0]);
     }
 
-    // A line's right taps in the upper halves.
-    __attribute__((always_inline)) inline __m256i RightHigh(const __m256i& window, int p) const {
-        return _mm256_shuffle_epi8(window, rightHighTaps[p != 0]);
-    }
-
-    // One register's sums from the three lines' (left, centre) taps, the
-    // top and bottom lines' right taps and the middle line's in the upper
-    // halves.
+    // One register's sums from the three lines' (left, centre) taps and
+    // right taps, top to bottom. The middle line's right taps move to the
+    // upper halves by a shift, beside the top line's.
     __attribute__((always_inline)) inline __m256i Sums(const __m256i& top, const __m256i& middle,
                                                        const __m256i& bottom, const __m256i& topRight,
-                                                       const __m256i& middleRightHigh,
-                                                       const __m256i& bottomRight_) const {
+                                                       const __m256i& middleRight,
+                                                       const __m256i& lowerRight) const {
+        const __m256i middleRightHigh = _mm256_slli_epi32(middleRight, 16);
         __m256i sums = bias;
         const auto madd = [&sums](const __m256i& taps, const __m256i& weights) {
             sums = _mm256_add_epi32(sums, _mm256_madd_epi16(taps, weights));
@@ -418,13 +405,13 @@ struct WideKernel {
             };
             madd(fold(top, bottom), leftCentre[0]);
             madd(middle, leftCentre[1]);
-            madd(_mm256_or_si256(fold(topRight, bottomRight_), middleRightHigh), topMiddleRight);
+            madd(_mm256_or_si256(fold(topRight, lowerRight), middleRightHigh), topMiddleRight);
         } else {
             madd(top, leftCentre[0]);
             madd(middle, leftCentre[1]);
             madd(bottom, leftCentre[2]);
             madd(_mm256_or_si256(topRight, middleRightHigh), topMiddleRight);
-            madd(bottomRight_, bottomRight);
+            madd(lowerRight, bottomRight);
         }
         return sums;
     }
@@ -457,15 +444,14 @@ ptrdiff_t WideSteps(const MatrixSources& src, uint8_t* out, ptrdiff_t from, ptrd
             __m256i w[3];
             for (int r = 0; r < 3; ++r) w[r] = k.Window(lines[r], o, p);
             sums[p] = k.Sums(k.LeftCentre(w[0], p), k.LeftCentre(w[1], p), k.LeftCentre(w[2], p), k.Right(w[0], p),
-                             k.RightHigh(w[1], p), k.Right(w[2], p));
+                             k.Right(w[1], p), k.Right(w[2], p));
         }
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + o), k.Bytes(sums));
     });
 }
 
 // Whole steps of two output lines at once, the second one line lower: each
-// of the four lines is loaded and shuffled once for both, and the middle
-// lines' right taps are moved to the upper halves by a shift, so a step of
+// of the four lines is loaded and shuffled once for both, so a step of
 // 2 x 32 bytes takes 32 byte shuffles where two single steps take 48.
 template <int kMirror>
 ptrdiff_t WidePairSteps(const MatrixPairSources& src, uint8_t* const (&out)[2], ptrdiff_t from, ptrdiff_t to,
@@ -483,8 +469,8 @@ ptrdiff_t WidePairSteps(const MatrixPairSources& src, uint8_t* const (&out)[2], 
                 lc[r] = k.LeftCentre(w, p);
                 rt[r] = k.Right(w, p);
             }
-            upper[p] = k.Sums(lc[0], lc[1], lc[2], rt[0], _mm256_slli_epi32(rt[1], 16), rt[2]);
-            lower[p] = k.Sums(lc[1], lc[2], lc[3], rt[1], _mm256_slli_epi32(rt[2], 16), rt[3]);
+            upper[p] = k.Sums(lc[0], lc[1], lc[2], rt[0], rt[1], rt[2]);
+            lower[p] = k.Sums(lc[1], lc[2], lc[3], rt[1], rt[2], rt[3]);
         }
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out[0] + o), k.Bytes(upper));
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out[1] + o), k.Bytes(lower));
