@@ -32,7 +32,27 @@ SimdLevel LevelCapFromEnvironment() {
     return SimdLevel::avx512;
 }
 
+uint32_t ProcessorAvx512() {
+#if defined(__x86_64__) && defined(__GNUC__)
+    // Worked out once: the processor does not change under a running module,
+    // and instances may be created on several threads at once.
+    static const uint32_t bit = [] {
+        __builtin_cpu_init();
+        // The runtime's check includes the system's saving of the registers.
+        const bool all = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                         __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vnni");
+        return all ? cpu::avx512 : 0u;
+    }();
+    return bit;
+#else
+    return 0;
+#endif
+}
+
 SimdLevel ChooseSimdLevel(uint32_t features) {
+    // A features service written before bit 6 reports AVX2 at most, whatever
+    // the processor has; where it reports AVX2, the processor is asked.
+    if ((features & cpu::avx2) != 0) features |= ProcessorAvx512();
     SimdLevel a = LevelFromFeatures(features);
     SimdLevel b = LevelCapFromEnvironment();
     return a < b ? a : b;

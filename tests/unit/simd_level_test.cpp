@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "kit/services.h"
 #include "zvf/abi.h"
 #include "zvf/simd_level.h"
 
@@ -43,16 +44,22 @@ TEST_F(SimdLevelTest, FeaturesAndCapTakeTheLowerLevel) {
 #else
     const SimdLevel wide = SimdLevel::avx2;
 #endif
+    // A host that reports AVX2 but not bit 6 still gets AVX-512 where this
+    // processor has it, as the host kit's own detection finds.
+    const bool processorWide = (host::DetectProcessorFeatures() & cpu::avx512) != 0;
+    const SimdLevel withoutBit6 = processorWide ? wide : SimdLevel::avx2;
     struct Case {
         const char* cap;  // null: unset
         uint32_t features;
         SimdLevel expected;
     } cases[] = {
-        {nullptr, all, SimdLevel::avx2},          {nullptr, cpu::sse2, SimdLevel::sse2},
+        {nullptr, all, withoutBit6},              {nullptr, cpu::sse2, SimdLevel::sse2},
         {nullptr, cpu::avx2, SimdLevel::scalar},  // AVX2 without SSE2 is not a real processor
         {nullptr, 0, SimdLevel::scalar},          {"sse2", all, SimdLevel::sse2},
         {"scalar", all, SimdLevel::scalar},       {"avx2", cpu::sse2, SimdLevel::sse2},
-        {"bogus", all, SimdLevel::avx2},          {"scalar", 0, SimdLevel::scalar},
+        {"bogus", all, withoutBit6},              {"scalar", 0, SimdLevel::scalar},
+        {"avx2", all, SimdLevel::avx2},           {"avx512", all, withoutBit6},
+        {nullptr, cpu::sse2 | cpu::sse41, SimdLevel::sse2},  // no AVX2 reported: the processor is not asked
         {nullptr, all | cpu::avx512, wide},       {"avx512", all | cpu::avx512, wide},
         {"avx2", all | cpu::avx512, SimdLevel::avx2},
         {"sse2", all | cpu::avx512, SimdLevel::sse2},
@@ -65,6 +72,14 @@ TEST_F(SimdLevelTest, FeaturesAndCapTakeTheLowerLevel) {
     }
 #else
     EXPECT_EQ(ChooseSimdLevel(~0u), SimdLevel::scalar);
+#endif
+}
+
+TEST(ProcessorAvx512, AgreesWithTheHostKitsDetection) {
+#if defined(__x86_64__)
+    EXPECT_EQ(ProcessorAvx512(), host::DetectProcessorFeatures() & cpu::avx512);
+#else
+    EXPECT_EQ(ProcessorAvx512(), 0u);
 #endif
 }
 
