@@ -59,7 +59,7 @@ TEST_F(SimdLevelTest, FeaturesAndCapTakeTheLowerLevel) {
         {"scalar", all, SimdLevel::scalar},       {"avx2", cpu::sse2, SimdLevel::sse2},
         {"bogus", all, withoutBit6},              {"scalar", 0, SimdLevel::scalar},
         {"avx2", all, SimdLevel::avx2},           {"avx512", all, withoutBit6},
-        {nullptr, cpu::sse2 | cpu::sse41, SimdLevel::sse2},  // no AVX2 reported: the processor is not asked
+        {nullptr, cpu::sse2 | cpu::sse41, SimdLevel::sse2},  // no AVX2 reported: SSE2, whatever the processor has
         {nullptr, all | cpu::avx512, wide},       {"avx512", all | cpu::avx512, wide},
         {"avx2", all | cpu::avx512, SimdLevel::avx2},
         {"sse2", all | cpu::avx512, SimdLevel::sse2},
